@@ -1,0 +1,21 @@
+// Everything of the stand-in that the code above the seam may use. Included by OvPlatform.h alone.
+#pragma once
+
+#include "Automation.h"
+#include "CodePages.h"
+#include "Com.h"
+#include "Debugger.h"
+#include "Dom.h"
+#include "Errors.h"
+#include "Faults.h"
+#include "Files.h"
+#include "Handles.h"
+#include "Memory.h"
+#include "Messages.h"
+#include "Modules.h"
+#include "Processes.h"
+#include "Registry.h"
+#include "SystemInfo.h"
+#include "Threads.h"
+#include "Types.h"
+#include "VersionData.h"

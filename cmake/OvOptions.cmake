@@ -1,0 +1,37 @@
+# Compile and link options that every target of ours shares.
+
+add_library(ovOptions INTERFACE)
+target_compile_features(ovOptions INTERFACE cxx_std_17)
+target_compile_options(ovOptions INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast -Wcast-qual -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wdouble-promotion -Werror
+    # A machine fault is turned into an exception that unwinds from the faulting instruction.
+    -fnon-call-exceptions -fasynchronous-unwind-tables
+    # No path of the building machine may end up in a binary.
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+target_include_directories(ovOptions INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/Include)
+
+if(WIN32)
+    target_compile_definitions(ovOptions INTERFACE
+        UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0601 _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=1)
+    target_link_options(ovOptions INTERFACE
+        -static -static-libgcc -static-libstdc++
+        -Wl,--dynamicbase -Wl,--nxcompat -Wl,--no-insert-timestamp -Wl,--disable-auto-image-base)
+else()
+    target_compile_options(ovOptions INTERFACE -fvisibility=hidden -fvisibility-inlines-hidden)
+    target_link_options(ovOptions INTERFACE -Wl,-z,relro,-z,now -Wl,--no-undefined)
+endif()
+
+# The platform's libraries: Windows' own, or the stand-in. The choice is made here and only here.
+add_library(systemLibs INTERFACE)
+if(WIN32)
+    target_link_libraries(systemLibs INTERFACE ole32 oleaut32 advapi32 version uuid user32)
+else()
+    target_link_libraries(systemLibs INTERFACE Platform)
+endif()
+
+set(OV_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them (address,undefined)")
+if(OV_SANITIZE)
+    target_compile_options(ovOptions INTERFACE -fsanitize=${OV_SANITIZE} -fno-omit-frame-pointer)
+    target_link_options(ovOptions INTERFACE -fsanitize=${OV_SANITIZE})
+endif()

@@ -1,0 +1,15 @@
+# ov_version_info(TARGET DESCRIPTION): gives a binary the project's version: a version resource on Windows, elsewhere an
+# ELF section that holds the same block and is read from the file as a version resource is.
+function(ov_version_info target description)
+    set(OV_DESCRIPTION "${description}")
+    set(OV_FILE_NAME "$<TARGET_FILE_NAME:${target}>")
+    if(WIN32)
+        set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}Version.rc)
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.rc.in ${script}.in @ONLY)
+        file(GENERATE OUTPUT ${script} INPUT ${script}.in)
+    else()
+        set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}Version.S)
+        configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.S.in ${script} @ONLY)
+    endif()
+    target_sources(${target} PRIVATE ${script})
+endfunction()

@@ -1,0 +1,8 @@
+#include "ResourceCounts.h"
+
+#include "Platform/Control.h"
+
+CResourceCounts CountResources()
+{
+    return { OvPlatform::OpenHandles(), OvPlatform::LiveComObjects(), OvPlatform::LiveBstrs() };
+}
