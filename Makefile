@@ -1,0 +1,43 @@
+# The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
+.DEFAULT_GOAL := help
+.PHONY: help run test windows test-windows sanitize format check-format clean
+
+JOBS ?= $(shell nproc)
+
+# $(call build,PRESET): configures and builds a preset.
+build = cmake --preset $(1) >build/$(1).configure.log || { cat build/$(1).configure.log; exit 1; }; \
+        cmake --build --preset $(1) --parallel $(JOBS)
+
+help:  ## what can be made
+	@sed -n 's/^\([a-z-]*\):.*## /\1|/p' Makefile | awk -F'|' '{ printf "make %-14s %s\n", $$1, $$2 }'
+
+setup-%:
+	@mkdir -p build
+	@tools/setup $*
+
+run: setup-native  ## the main job on a sample policy, with a simulated service
+	@$(call build,native)
+	@tools/run-main-job native
+
+test: setup-native  ## the whole native suite
+	@$(call build,native)
+	@ctest --preset native
+
+windows: setup-windows  ## the 32-bit DLL, the host tool and the tests as .exe
+	@$(call build,windows)
+
+test-windows: windows  ## the tests and the main job against the DLL, under 32-bit Wine
+	@ctest --preset windows
+
+sanitize: setup-native  ## the native suite under the address and undefined-behaviour sanitizers
+	@$(call build,sanitize)
+	@ctest --preset sanitize
+
+format: setup-format  ## formats every source
+	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
+
+check-format: setup-format  ## fails when a source is not formatted
+	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
+
+clean:  ## removes the build folders, but for the Wine root
+	@rm -rf build/native build/windows build/sanitize
