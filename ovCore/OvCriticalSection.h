@@ -1,0 +1,24 @@
+// Locks within the process.
+#pragma once
+
+#include "ovCore/OvSyncObject.h"
+
+/// A re-entrant lock between the threads of this process. Its handle stays null. Use it through COvSingleLock.
+class COvCriticalSection : public COvSyncObject
+{
+public:
+    COvCriticalSection();
+    ~COvCriticalSection() override;
+
+    /// Enters; a thread that is inside already enters again. @param dwTimeout  ignored: waits as long as it takes.
+    /// @return always true.
+    bool Lock(DWORD dwTimeout) override;
+
+    using COvSyncObject::Unlock;
+
+    /// Leaves once. Only the thread that entered may call it. @return always true.
+    bool Unlock(DWORD dwTimeout) override;
+
+private:
+    CRITICAL_SECTION m_cs;
+};
