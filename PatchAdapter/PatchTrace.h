@@ -1,0 +1,70 @@
+// The adapter's trace: lines of five kinds on their way to the host's log.
+#pragma once
+
+#include "ovCore/OvEvidence.h"
+#include "ovCore/OvException.h"
+#include "OvPlatform.h"
+#include "PatchAdapterApi.h"
+
+#include <string>
+
+/// The kinds of trace line: the operations of ILogSink in their order.
+enum PatchTraceKind : int
+{
+    TraceError = 0,   ///< an exception that reached a handler
+    TraceWarning = 1, ///< a failure that is handled without an exception
+    TraceInfo = 2,    ///< normal progress
+    TraceDetail = 3,  ///< values and documents
+    TraceCall = 4     ///< function entry and exit
+};
+
+/// Writes trace lines to the host's sink. Silent, at no cost, until it is bound.
+///
+/// No operation fails: a text that cannot be built or converted and whatever the host throws are dropped.
+/// Texts reach the host in the system's ANSI code page, as the argument of the format "PatchAdapter: %s". Writing is
+/// allowed from several threads at once, binding is not: bind before the object is shared.
+class CPatchTrace
+{
+public:
+    /// @param pSink  the host's log, not owned: it must stay valid while it is bound. Null unbinds.
+    void SetSink(ILogSink* pSink) noexcept { m_pSink = pSink; }
+
+    /// One line. @param nKind  a PatchTraceKind; nothing is written for another value.
+    void Write(int nKind, const std::wstring& text) noexcept;
+
+    /// Kind 0: "Error: <code> File: <name> Line: <line> Evidence: <evidence>".
+    void Exception(const COvBaseException& e) noexcept;
+
+    // Kinds 1 to 3: the evidence, with a blank for each break mark.
+    void Warning(const COvEvidence& e) noexcept;
+    void Info(const COvEvidence& e) noexcept;
+    void Detail(const COvEvidence& e) noexcept;
+
+    // Kind 4: "Entering Function: <name>" and "Exiting Function: <name>".
+    void Enter(const wchar_t* szName) noexcept;
+    void Leave(const wchar_t* szName) noexcept;
+
+private:
+    template <class Build>
+    void WriteBuilt(int nKind, Build&& build) noexcept;
+
+    ILogSink* m_pSink = nullptr; // not owned
+};
+
+/// Writes the entry line of an operation when made and its exit line when left, by an exception too.
+class CPatchTraceScope
+{
+public:
+    /// @param pTrace  not null. @param szName  the operation's qualified name, a literal.
+    CPatchTraceScope(CPatchTrace* pTrace, const wchar_t* szName) noexcept : m_pTrace(pTrace), m_szName(szName)
+    {
+        m_pTrace->Enter(m_szName);
+    }
+    ~CPatchTraceScope() { m_pTrace->Leave(m_szName); }
+    CPatchTraceScope(const CPatchTraceScope&) = delete;
+    CPatchTraceScope& operator=(const CPatchTraceScope&) = delete;
+
+private:
+    CPatchTrace* m_pTrace; // not owned
+    const wchar_t* m_szName;
+};
