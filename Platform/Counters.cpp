@@ -1,0 +1,41 @@
+#include "Counters.h"
+
+#include "Control.h"
+
+namespace OvPlatform
+{
+
+std::atomic<unsigned>& HandleCounter()
+{
+    static std::atomic<unsigned> s_nHandles{ 0 };
+    return s_nHandles;
+}
+
+std::atomic<unsigned>& ComObjectCounter()
+{
+    static std::atomic<unsigned> s_nObjects{ 0 };
+    return s_nObjects;
+}
+
+std::atomic<unsigned>& BstrCounter()
+{
+    static std::atomic<unsigned> s_nStrings{ 0 };
+    return s_nStrings;
+}
+
+unsigned OpenHandles()
+{
+    return HandleCounter();
+}
+
+unsigned LiveComObjects()
+{
+    return ComObjectCounter();
+}
+
+unsigned LiveBstrs()
+{
+    return BstrCounter();
+}
+
+} // namespace OvPlatform
