@@ -108,6 +108,7 @@ public:
 private:
     template <class Build>
     void Set(const wchar_t* szName, Build&& value) noexcept;
+    void Append(const COvEvidence& other) noexcept;
 
     std::wstring m_text;
     mutable std::wstring m_rendered; // what the last ToString returned

@@ -1,0 +1,87 @@
+#include "PatchTrace.h"
+
+#include "ovCore/OvHostCall.h"
+#include "ovCore/OvStringUtil.h"
+
+namespace
+{
+
+const wchar_t s_szFormat[] = L"PatchAdapter: %s";
+
+using SinkOperation = void (ILogSink::*)(const char*, ...);
+
+const SinkOperation s_operations[] = { &ILogSink::LogError, &ILogSink::LogWarning, &ILogSink::LogInfo,
+                                       &ILogSink::LogDetail, &ILogSink::LogTrace };
+
+std::wstring TextOrEmpty(const wchar_t* szText)
+{
+    return szText == nullptr ? L"" : szText;
+}
+
+} // namespace
+
+void CPatchTrace::Write(int nKind, const std::wstring& text) noexcept
+{
+    if (m_pSink == nullptr || nKind < TraceError || nKind > TraceCall)
+        return;
+    try
+    {
+        const std::string narrow = COvStringUtil::WideToNarrow(text);
+        const std::string format = COvStringUtil::WideToNarrow(s_szFormat);
+        OvCallHost([&] { (m_pSink->*s_operations[nKind])(format.c_str(), narrow.c_str()); });
+    }
+    catch (...)
+    {
+        // a lost line must not fail the operation that it describes
+    }
+}
+
+/// Writes the text that the builder returns; an unbound trace does not call it.
+template <class Build>
+void CPatchTrace::WriteBuilt(int nKind, Build&& build) noexcept
+{
+    if (m_pSink == nullptr)
+        return;
+    try
+    {
+        Write(nKind, build());
+    }
+    catch (...)
+    {
+        // as in Write
+    }
+}
+
+void CPatchTrace::Exception(const COvBaseException& e) noexcept
+{
+    WriteBuilt(TraceError, [&] {
+        return L"Error: " + COvStringUtil::LongToString(e.GetCode(), 16) + L" File: " + TextOrEmpty(e.GetFile()) +
+               L" Line: " + COvStringUtil::LongToString(e.GetLine(), 10) + L" Evidence: " +
+               TextOrEmpty(e.GetEvidence(L" "));
+    });
+}
+
+void CPatchTrace::Warning(const COvEvidence& e) noexcept
+{
+    WriteBuilt(TraceWarning, [&] { return e.ToString(L" "); });
+}
+
+void CPatchTrace::Info(const COvEvidence& e) noexcept
+{
+    WriteBuilt(TraceInfo, [&] { return e.ToString(L" "); });
+}
+
+void CPatchTrace::Detail(const COvEvidence& e) noexcept
+{
+    WriteBuilt(TraceDetail, [&] { return e.ToString(L" "); });
+}
+
+void CPatchTrace::Enter(const wchar_t* szName) noexcept
+{
+    WriteBuilt(TraceCall, [&] { return std::wstring(L"Entering Function: ") + szName; });
+}
+
+void CPatchTrace::Leave(const wchar_t* szName) noexcept
+{
+    WriteBuilt(TraceCall, [&] { return std::wstring(L"Exiting Function: ") + szName; });
+}

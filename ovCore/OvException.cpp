@@ -1,0 +1,79 @@
+#include "OvException.h"
+
+#include "OvStackTrace.h"
+#include "OvStringUtil.h"
+
+COvException::COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept
+    : m_hr(hr), m_nLine(nLine)
+{
+    try
+    {
+        if (szFile != nullptr)
+            m_strFile = COvStringUtil::FileNameOf(szFile);
+        m_Evidence = COvEvidence(evidence); // the copy may throw, which a plain assignment would hide
+    }
+    catch (...)
+    {
+        m_hr = E_FAIL;
+        m_strFile.clear();
+        m_nLine = 0;
+        m_Evidence = COvEvidence();
+    }
+}
+
+void COvException::AddInfo(const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept
+{
+    try
+    {
+        const std::wstring name =
+            L"More Info From " + std::wstring(COvStringUtil::FileNameOf(szFile)) + L"(" + std::to_wstring(nLine) + L")";
+        m_Evidence += COvEvidence(name.c_str(), evidence.ToString(nullptr));
+    }
+    catch (...)
+    {
+        // the exception is worth more than the addition
+    }
+}
+
+void COvException::WriteDebug() const noexcept
+{
+    try
+    {
+        const std::wstring code = std::to_wstring(m_hr);
+        const std::wstring header = m_strFile + L"(" + std::to_wstring(m_nLine) + L"): Error:" + code + L" " + code +
+                                    L": TID:" + std::to_wstring(::GetCurrentThreadId()) + L" ";
+        ::OutputDebugStringW(L"\r\n++++ COvException::WriteDebug() ++++\r\n");
+        ::OutputDebugStringW(header.c_str());
+        ::OutputDebugStringW(L"\r\n");
+        ::OutputDebugStringW(L"\r\n");
+        ::OutputDebugStringW(GetEvidence(L"\r\n"));
+        ::OutputDebugStringW(L"\r\n");
+    }
+    catch (...)
+    {
+        // the dump is a courtesy
+    }
+}
+
+COvEvidence OvStackDump() noexcept
+{
+    try
+    {
+        return COvEvidence(L"Stack Dump", COvStackTrace::Get()->Dump());
+    }
+    catch (...)
+    {
+        return COvEvidence();
+    }
+}
+
+void OvRaise(HRESULT hr, const wchar_t* szSource, LONG nLine, const COvEvidence& evidence)
+{
+    throw COvException(hr, szSource, nLine, evidence + OvStackDump());
+}
+
+void OvCheckPointer(const wchar_t* szName, const void* p, const wchar_t* szFile, LONG nLine)
+{
+    if (p == nullptr)
+        OvRaise(E_INVALIDARG, szFile, nLine, COvEvidence(L"Info Msg", L"Invalid pointer") + COvEvidence(szName, 0));
+}

@@ -1,0 +1,219 @@
+#include "OvStringUtil.h"
+
+#include "OvException.h"
+#include "OvStackTrace.h"
+
+#include <algorithm>
+#include <climits>
+#include <string_view>
+
+namespace
+{
+
+const wchar_t s_szSource[] = L"ovCore\\OvStringUtil";
+
+/// Asks for the size that the narrow text takes.
+int NarrowSize(const std::wstring& s, int nLength)
+{
+    const int nSize = ::WideCharToMultiByte(CP_ACP, 0, s.c_str(), nLength, nullptr, 0, nullptr, nullptr);
+    if (nSize < 0)
+        throw COvStdException("iBufferSize < 0");
+    if (nSize == 0)
+        throw COvStdException("WideCharToMultiByte");
+    return nSize;
+}
+
+/// The next size to try when the announced one was too small.
+int LargerSize(int nSize)
+{
+    if (nSize == INT_MAX)
+        throw COvStdException("iBufferSize == INT_MAX");
+    return nSize > (INT_MAX - 2) / 2 ? INT_MAX : nSize * 2 + 2;
+}
+
+template <class Char>
+std::basic_string<Char> FindReplaceT(const Char* szFind, const Char* szReplace, const Char* szSource, LONG* pnCount)
+{
+    const COvStackTraceScope scope(L"FindReplaceT", s_szSource, __LINE__, COvStackTrace::Get());
+    const auto view = [](const Char* szText) {
+        return szText == nullptr ? std::basic_string_view<Char>() : std::basic_string_view<Char>(szText);
+    };
+    const auto find = view(szFind);
+    const auto replace = view(szReplace);
+    const auto source = view(szSource);
+
+    LONG nCount = 0;
+    size_t nPos = 0;
+    std::basic_string<Char> result;
+    if (!find.empty())
+        for (size_t nHit; (nHit = source.find(find, nPos)) != source.npos; nPos = nHit + find.length(), ++nCount)
+            result.append(source, nPos, nHit - nPos).append(replace);
+    result.append(source, nPos);
+
+    if (pnCount != nullptr)
+        *pnCount = nCount;
+    return result;
+}
+
+bool IsAsciiUpper(wchar_t c)
+{
+    return c >= L'A' && c <= L'Z';
+}
+
+bool IsAsciiLower(wchar_t c)
+{
+    return c >= L'a' && c <= L'z';
+}
+
+} // namespace
+
+std::string COvStringUtil::WideToNarrow(const std::wstring& s)
+{
+    if (s.empty())
+        return std::string();
+    if (s.length() > static_cast<size_t>(INT_MAX))
+        throw COvStdException("s.length() > static_cast<unsigned>(INT_MAX)");
+
+    const int nLength = static_cast<int>(s.length());
+    for (int nSize = NarrowSize(s, nLength);; nSize = LargerSize(nSize))
+    {
+        std::string buffer(static_cast<size_t>(nSize), '\0');
+        const int nWritten =
+            ::WideCharToMultiByte(CP_ACP, 0, s.c_str(), nLength, buffer.data(), nSize, nullptr, nullptr);
+        if (nWritten < 0)
+            throw COvStdException("iActualBufferSize < 0");
+        if (nWritten > 0 || ::GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+            return buffer.substr(0, static_cast<size_t>(nWritten));
+    }
+}
+
+std::string COvStringUtil::WideToNarrow(const wchar_t* s)
+{
+    return s == nullptr ? std::string() : WideToNarrow(std::wstring(s));
+}
+
+std::wstring COvStringUtil::NarrowToWide(const std::string& s)
+{
+    return NarrowToWide(s, CP_ACP);
+}
+
+std::wstring COvStringUtil::NarrowToWide(const char* s)
+{
+    return s == nullptr ? std::wstring() : NarrowToWide(std::string(s));
+}
+
+std::wstring COvStringUtil::NarrowToWide(const std::string& s, UINT nCodePage)
+{
+    if (s.empty())
+        return std::wstring();
+    if (s.length() > static_cast<size_t>(INT_MAX))
+        throw COvStdException("szSrc.length() > static_cast<unsigned>(INT_MAX)");
+
+    const int nLength = static_cast<int>(s.length());
+    const int nSize = ::MultiByteToWideChar(nCodePage, 0, s.c_str(), nLength, nullptr, 0);
+    if (nSize < 0)
+        throw COvStdException("iBufferSize < 0");
+    if (nSize == 0)
+        throw COvStdException("MultiByteToWideChar");
+
+    std::wstring result(static_cast<size_t>(nSize), L'\0');
+    if (::MultiByteToWideChar(nCodePage, 0, s.c_str(), nLength, result.data(), nSize) <= 0)
+        throw COvStdException("iBufferSize <= 0");
+    return result;
+}
+
+std::wstring COvStringUtil::FindReplace(const wchar_t* szFind, const wchar_t* szReplace, const wchar_t* szSource,
+                                        LONG* pnCount)
+{
+    const COvStackTraceScope scope(L"COvStringUtil::FindReplace", s_szSource, __LINE__, COvStackTrace::Get());
+    return FindReplaceT(szFind, szReplace, szSource, pnCount);
+}
+
+bool COvStringUtil::IsNumeric(const std::wstring& s, bool bLeadingOnly)
+{
+    const COvStackTraceScope scope(L"COvStringUtil::IsNumeric", s_szSource, __LINE__, COvStackTrace::Get());
+    if (s.empty())
+        return false;
+
+    std::wstring_view rest = s;
+    const wchar_t* szDigits = L"1234567890";
+    if (rest.substr(0, 2) == L"0x" || rest.substr(0, 2) == L"0X")
+    {
+        rest.remove_prefix(2);
+        szDigits = L"1234567890abcdefABCDEF";
+    }
+    const size_t nDigits = std::min(rest.find_first_not_of(szDigits), rest.length());
+    return nDigits == rest.length() || (bLeadingOnly && nDigits > 0);
+}
+
+_variant_t COvStringUtil::VariantChangeType(const VARIANT& vSrc, VARTYPE vtNew, USHORT nFlags)
+{
+    const COvStackTraceScope scope(L"COvStringUtil::VariantChangeType", s_szSource, __LINE__, COvStackTrace::Get());
+    _variant_t copy(vSrc);
+    if (vSrc.vt == vtNew)
+        return copy;
+
+    _variant_t result;
+    const HRESULT hr = ::VariantChangeType(&result, &copy, nFlags, vtNew);
+    if (FAILED(hr))
+        OvRaise(hr, s_szSource, __LINE__,
+                COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Info Msg", L"VariantChangeType") +
+                    COvEvidence(L"vSrc.vt", static_cast<LONG>(vSrc.vt)) +
+                    COvEvidence(L"vtNew", static_cast<LONG>(vtNew)) +
+                    COvEvidence(L"nFlags", static_cast<LONG>(nFlags)) + COvEvidence(L"hr", hr, true));
+    return result;
+}
+
+std::wstring COvStringUtil::ToLower(const std::wstring& s)
+{
+    std::wstring lower = s;
+    for (wchar_t& c : lower)
+        c = IsAsciiUpper(c) ? static_cast<wchar_t>(c - L'A' + L'a') : c;
+    return lower;
+}
+
+std::wstring COvStringUtil::ToUpper(const std::wstring& s)
+{
+    std::wstring upper = s;
+    for (wchar_t& c : upper)
+        c = IsAsciiLower(c) ? static_cast<wchar_t>(c - L'a' + L'A') : c;
+    return upper;
+}
+
+std::wstring COvStringUtil::TrimLeft(std::wstring& s, wchar_t c)
+{
+    s.erase(0, s.find_first_not_of(c));
+    return s;
+}
+
+std::wstring COvStringUtil::LongToString(LONG n, int nRadix)
+{
+    constexpr size_t nMaxText = 24; // what the platform's conversion puts into its buffer of 25
+    if (nRadix < 2 || nRadix > 36)
+        return std::wstring();
+
+    const bool bMinus = nRadix == 10 && n < 0;
+    const uint32_t nBits = static_cast<uint32_t>(n);
+    const uint32_t nBase = static_cast<uint32_t>(nRadix);
+    std::wstring text;
+    for (uint32_t nRest = bMinus ? 0u - nBits : nBits; nRest != 0 || text.empty(); nRest /= nBase)
+        text += L"0123456789abcdefghijklmnopqrstuvwxyz"[nRest % nBase];
+    if (bMinus)
+        text += L'-';
+    if (text.length() > nMaxText)
+        return std::wstring();
+    return std::wstring(text.rbegin(), text.rend());
+}
+
+std::wstring COvStringUtil::FromBSTR(const COvBstr& str)
+{
+    return str.IsNull() ? std::wstring() : std::wstring(str.Get(), ::SysStringLen(str.Get()));
+}
+
+const wchar_t* COvStringUtil::FileNameOf(const wchar_t* szPath) noexcept
+{
+    if (szPath == nullptr)
+        return nullptr;
+    const size_t nBackslash = std::wstring_view(szPath).rfind(L'\\');
+    return nBackslash == std::wstring_view::npos ? szPath : szPath + nBackslash + 1;
+}
