@@ -3,6 +3,8 @@
 
 #include "OvXmlNode.h"
 
+#include <string>
+
 /// Generation of the platform's XML parser.
 enum OvXmlParserVersion : LONG
 {
@@ -57,11 +59,13 @@ public:
 
 protected:
     /// Appends the item "XML Parse Error" instead of a node's path.
-    void AddDiagnosticEvidence(COvEvidence& evidence) const override;
+    void AddDiagnosticEvidence(COvEvidence& evidence) const noexcept override;
 
 private:
+    COvComPtr<IXMLDOMDocument> QueryDocument() const;
     void ApplyParserProperties();
-    void Require(HRESULT hr, bool bLoaded, LONG nLine, const COvEvidence& before) const;
+
+    [[noreturn]] void RaiseLoadFailure(HRESULT hr, LONG nLine, IXMLDOMDocument* pDoc, const COvEvidence& call) const;
 
     LONG m_nParserVersion;
 };

@@ -6,6 +6,8 @@
 #include "OvEvidence.h"
 #include "OvPlatform.h"
 
+#include <cstdint>
+
 class COvXmlNodeList;
 
 /// What COvXmlNode::CloneNode copies.
@@ -74,7 +76,7 @@ public:
     /// GetOptAttrValueVar that raises with code 0x80070490 when the attribute is absent, as do the next three.
     _variant_t GetAttrValueVar(BSTR strAttrName) const;
 
-    COvBstr GetAttrValueStr(BSTR name) const; ///< the value as text; an empty or null value is a null BSTR
+    COvBstr GetAttrValueStr(BSTR name) const; ///< the value as text; an empty or null value is ""
 
     /// The value converted as the platform converts texts to booleans: "true", "false", "1", "0", "-1" and the like;
     /// an empty or null value is false. Raises the conversion's result for any other text.
@@ -92,11 +94,14 @@ public:
 
 protected:
     /// Appends the item that says where this node is: "Node Path", its ancestors and itself without their contents.
-    /// Appends nothing when that cannot be found out. Never throws.
-    virtual void AddDiagnosticEvidence(COvEvidence& evidence) const;
+    /// Appends nothing when that cannot be found out.
+    virtual void AddDiagnosticEvidence(COvEvidence& evidence) const noexcept;
 
     /// Raises "No node available." when the node is empty.
     void RequireNode(LONG nLine) const;
+
+    /// A pointer as evidence shows it.
+    static int64_t PointerValue(const void* p) { return reinterpret_cast<intptr_t>(p); }
 
     COvComPtr<IXMLDOMNode> m_spNode;
 
@@ -104,11 +109,10 @@ private:
     using TextGetter = HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*)(BSTR*);
 
     COvBstr ReadText(TextGetter pGetter, const wchar_t* szMethod, LONG nLine) const;
-    COvXmlNode Copy(bool bDeep, OvXmlCloneType cloneType, LONG nLine) const;
-    void RemoveAttribute(const COvBstr& strAttrName) const;
-    void ReadValue(const COvXmlNode& attribute, VARIANT* value) const;
+    COvXmlNode Copy(OvXmlCloneType cloneType) const;
+    void RemoveAttribute(const COvXmlNode& copy, const COvBstr& strAttrName) const;
+    _variant_t ReadValue(const COvXmlNode& attribute) const;
     _variant_t ConvertedValue(BSTR name, VARTYPE vtType) const;
-    std::wstring NodePath() const;
 
     [[noreturn]] void RaiseDomFailure(HRESULT hr, LONG nLine, const COvEvidence& method, const COvEvidence& arguments,
                                       IUnknown* pFailed, REFIID iid) const;

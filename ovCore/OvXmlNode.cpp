@@ -1,0 +1,336 @@
+#include "OvXmlNode.h"
+
+#include "OvException.h"
+#include "OvStackTrace.h"
+#include "OvStringUtil.h"
+#include "OVTemplates.h"
+#include "OvXmlNodeList.h"
+
+#include <utility>
+#include <vector>
+
+namespace
+{
+
+const wchar_t s_szSource[] = L"ovCore\\OvXmlNode";
+
+/// The XML text of a node without its content; empty for a document. False when the DOM fails.
+bool ReadOutline(IXMLDOMNode* pNode, std::wstring& wzOutline)
+{
+    DOMNodeType nType = NODE_INVALID;
+    if (FAILED(pNode->get_nodeType(&nType)))
+        return false;
+    if (nType == NODE_DOCUMENT) // there are parsers whose shallow copy of a document is the whole document
+        return true;
+    COvComPtr<IXMLDOMNode> spCopy;
+    COvBstr strXml;
+    if (FAILED(pNode->cloneNode(VARIANT_FALSE, spCopy.Receive())) || !spCopy ||
+        FAILED(spCopy->get_xml(strXml.Receive())))
+        return false;
+    const std::wstring wzXml = COvStringUtil::FromBSTR(strXml);
+    wzOutline = wzXml.substr(0, wzXml.find(L"</"));
+    return true;
+}
+
+/// The node and its ancestors, innermost first. False when the DOM fails.
+bool ReadAncestors(const COvComPtr<IXMLDOMNode>& spNode, std::vector<COvComPtr<IXMLDOMNode>>& path)
+{
+    COvComPtr<IXMLDOMNode> spCurrent = spNode;
+    while (spCurrent)
+    {
+        COvComPtr<IXMLDOMNode> spParent;
+        if (FAILED(spCurrent->get_parentNode(spParent.Receive())))
+            return false;
+        path.push_back(std::move(spCurrent));
+        spCurrent = std::move(spParent);
+    }
+    return true;
+}
+
+/// From the outermost ancestor to the node, each a blank further to the right. False when the DOM fails.
+bool ReadNodePath(const COvComPtr<IXMLDOMNode>& spNode, std::wstring& wzPath)
+{
+    std::vector<COvComPtr<IXMLDOMNode>> path;
+    if (!ReadAncestors(spNode, path))
+        return false;
+    wzPath = L"\n";
+    size_t nWritten = 0;
+    for (auto it = path.rbegin(); it != path.rend(); ++it)
+    {
+        std::wstring wzOutline;
+        if (!ReadOutline(it->Get(), wzOutline))
+            return false;
+        if (!wzOutline.empty())
+            wzPath.append(nWritten++, L' ').append(wzOutline);
+    }
+    return true;
+}
+
+const wchar_t* TextOf(BSTR str)
+{
+    return str;
+}
+
+} // namespace
+
+COvXmlNode::COvXmlNode(IXMLDOMNode* pNode) : m_spNode(pNode) {}
+
+COvXmlNode::COvXmlNode(COvComPtr<IXMLDOMNode> spNode) : m_spNode(std::move(spNode)) {}
+
+COvBstr COvXmlNode::GetNodeName() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetNodeName", s_szSource, __LINE__, COvStackTrace::Get());
+    return ReadText(&IXMLDOMNode::get_nodeName, L"IXMLDOMNode::get_nodeName", __LINE__);
+}
+
+COvBstr COvXmlNode::GetNodeBaseName() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetNodeBaseName", s_szSource, __LINE__, COvStackTrace::Get());
+    return ReadText(&IXMLDOMNode::get_baseName, L"IXMLDOMNode::get_baseName()", __LINE__);
+}
+
+COvBstr COvXmlNode::GetText() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetText", s_szSource, __LINE__, COvStackTrace::Get());
+    return ReadText(&IXMLDOMNode::get_text, L"IXMLDOMNode::get_text", __LINE__);
+}
+
+COvBstr COvXmlNode::GetXML() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetXML", s_szSource, __LINE__, COvStackTrace::Get());
+    return ReadText(&IXMLDOMNode::get_xml, L"IXMLDOMNode::get_xml", __LINE__);
+}
+
+bool COvXmlNode::GetOptParent(COvXmlNode& parent) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetOptParent", s_szSource, __LINE__, COvStackTrace::Get());
+    RequireNode(__LINE__);
+    COvComPtr<IXMLDOMNode> spParent;
+    const HRESULT hr = m_spNode->get_parentNode(spParent.Receive());
+    if (FAILED(hr))
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::get_parentNode"), COvEvidence(),
+                        m_spNode.Get(), IID_IXMLDOMNode);
+    parent.m_spNode = std::move(spParent);
+    return hr != S_FALSE && parent.m_spNode;
+}
+
+COvXmlNodeList COvXmlNode::GetChildNodes() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetChildNodes", s_szSource, __LINE__, COvStackTrace::Get());
+    RequireNode(__LINE__);
+    COvComPtr<IXMLDOMNodeList> spList;
+    const HRESULT hr = m_spNode->get_childNodes(spList.Receive());
+    if (FAILED(hr))
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::get_childNodes"), COvEvidence(),
+                        m_spNode.Get(), IID_IXMLDOMNode);
+    COvXmlNodeList children;
+    children.Populate(spList.Get());
+    return children;
+}
+
+COvXmlNodeList COvXmlNode::GetElems(BSTR bstrPattern, bool bRequired) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetElems", s_szSource, __LINE__, COvStackTrace::Get());
+    RequireNode(__LINE__);
+    COvComPtr<IXMLDOMNodeList> spList;
+    const HRESULT hr = m_spNode->selectNodes(bstrPattern, spList.Receive());
+    if (FAILED(hr) || (bRequired && (hr == S_FALSE || !spList)))
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::selectNodes"),
+                        COvEvidence(L"bstrPattern", TextOf(bstrPattern)) + COvEvidence(L"bRequired", bRequired),
+                        m_spNode.Get(), IID_IXMLDOMNode);
+    COvXmlNodeList found;
+    found.Populate(spList.Get());
+    return found;
+}
+
+COvXmlNodeList COvXmlNode::SearchForNodes(BSTR bstrPattern) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::SearchForNodes", s_szSource, __LINE__, COvStackTrace::Get());
+    constexpr bool bRequired = false;
+    return GetElems(bstrPattern, bRequired);
+}
+
+COvComPtr<IXMLDOMNamedNodeMap> COvXmlNode::GetAttrs() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetAttrs", s_szSource, __LINE__, COvStackTrace::Get());
+    RequireNode(__LINE__);
+    COvComPtr<IXMLDOMNamedNodeMap> spMap;
+    const HRESULT hr = m_spNode->get_attributes(spMap.Receive());
+    if (FAILED(hr) || !spMap)
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMElement::get_attributes"), COvEvidence(),
+                        m_spNode.Get(), IID_IXMLDOMNode);
+    return spMap;
+}
+
+COvXmlNode COvXmlNode::GetAttr(BSTR bstrAttrNm, bool bRequired) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetAttr", s_szSource, __LINE__, COvStackTrace::Get());
+    const COvComPtr<IXMLDOMNamedNodeMap> spMap = GetAttrs();
+    COvComPtr<IXMLDOMNode> spAttr;
+    const HRESULT hr = spMap->getNamedItem(bstrAttrNm, spAttr.Receive());
+    if (SUCCEEDED(hr) && spAttr)
+        return COvXmlNode(std::move(spAttr));
+    if (bRequired)
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNamedNodeMap::getNamedItem"),
+                        COvEvidence(L"bstrAttrNm", TextOf(bstrAttrNm)) + COvEvidence(L"bRequired", bRequired),
+                        spMap.Get(), IID_IXMLDOMNamedNodeMap);
+    return COvXmlNode();
+}
+
+bool COvXmlNode::GetOptAttrValueVar(BSTR name, VARIANT* value) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetOptAttrValueVar", s_szSource, __LINE__, COvStackTrace::Get());
+    RequireNode(__LINE__);
+    ::VariantClear(value);
+    constexpr bool bRequired = false;
+    const COvXmlNode attribute = GetAttr(name, bRequired);
+    if (attribute.Get() == nullptr)
+        return false;
+    *value = ReadValue(attribute).Detach();
+    return true;
+}
+
+_variant_t COvXmlNode::GetAttrValueVar(BSTR strAttrName) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueVar", s_szSource, __LINE__, COvStackTrace::Get());
+    _variant_t value;
+    if (GetOptAttrValueVar(strAttrName, &value))
+        return value;
+    const HRESULT hr = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+    COvEvidence evidence = COvEvidence(L"Win32 Error", hr, true) + COvEvidence(L"strAttrName", TextOf(strAttrName));
+    AddDiagnosticEvidence(evidence);
+    OvRaise(hr, s_szSource, __LINE__, evidence);
+}
+
+COvBstr COvXmlNode::GetAttrValueStr(BSTR name) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueStr", s_szSource, __LINE__, COvStackTrace::Get());
+    _variant_t value = ConvertedValue(name, VT_BSTR);
+    if (value.vt != VT_BSTR)
+        return COvBstr(L"");
+    COvBstr strValue;
+    strValue.Attach(value.Detach().bstrVal);
+    return strValue;
+}
+
+bool COvXmlNode::GetAttrValueBool(BSTR name) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueBool", s_szSource, __LINE__, COvStackTrace::Get());
+    const _variant_t value = ConvertedValue(name, VT_BOOL);
+    return value.vt == VT_BOOL && value.boolVal == VARIANT_TRUE;
+}
+
+LONG COvXmlNode::GetAttrValueLong(BSTR name) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueLong", s_szSource, __LINE__, COvStackTrace::Get());
+    const _variant_t value = ConvertedValue(name, VT_I4);
+    return value.vt == VT_I4 ? value.lVal : 0;
+}
+
+void COvXmlNode::CloneNode(COvXmlNode& copy, OvXmlCloneType cloneType) const
+{
+    COvStackTraceScope scope(L"COvXmlNode::CloneNode", s_szSource, __LINE__, COvStackTrace::Get());
+    copy.m_spNode = (cloneType == CloneElementOnly ? CloneNodeElementOnly() : Copy(cloneType)).m_spNode;
+}
+
+COvXmlNode COvXmlNode::CloneNodeElementOnly() const
+{
+    COvStackTraceScope scope(L"COvXmlNode::CloneNodeElementOnly", s_szSource, __LINE__, COvStackTrace::Get());
+    const COvXmlNode copy = Copy(CloneElementOnly);
+    for (const COvXmlNode& attribute : copy.SearchForNodes(COvBstr(L"@*").Get()))
+    {
+        const COvBstr strName = attribute.GetNodeName();
+        if (COvStringUtil::FromBSTR(strName) != L"xmlns")
+            RemoveAttribute(copy, strName);
+    }
+    return copy;
+}
+
+void COvXmlNode::AddDiagnosticEvidence(COvEvidence& evidence) const noexcept
+{
+    try
+    {
+        std::wstring wzPath;
+        if (ReadNodePath(m_spNode, wzPath))
+            evidence += COvEvidence(L"Node Path", wzPath);
+    }
+    catch (...)
+    {
+        // The failure that is being reported matters more than where it happened.
+    }
+}
+
+void COvXmlNode::RequireNode(LONG nLine) const
+{
+    if (m_spNode)
+        return;
+    OvRaise(E_FAIL, s_szSource, nLine,
+            COvEvidence(L"Info Msg", L"No node available.") + COvEvidence(L"m_spNode", PointerValue(m_spNode.Get())));
+}
+
+COvBstr COvXmlNode::ReadText(TextGetter pGetter, const wchar_t* szMethod, LONG nLine) const
+{
+    RequireNode(nLine);
+    COvBstr strText;
+    const HRESULT hr = (m_spNode.Get()->*pGetter)(strText.Receive());
+    if (FAILED(hr))
+        RaiseDomFailure(hr, nLine, COvEvidence(L"Method", szMethod), COvEvidence(), m_spNode.Get(), IID_IXMLDOMNode);
+    return strText;
+}
+
+COvXmlNode COvXmlNode::Copy(OvXmlCloneType cloneType) const
+{
+    RequireNode(__LINE__);
+    COvComPtr<IXMLDOMNode> spCopy;
+    const HRESULT hr = m_spNode->cloneNode(cloneType == CloneDeep ? VARIANT_TRUE : VARIANT_FALSE, spCopy.Receive());
+    if (FAILED(hr))
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::cloneNode"),
+                        COvEvidence(L"cloneType", static_cast<LONG>(cloneType)), m_spNode.Get(), IID_IXMLDOMNode);
+    return COvXmlNode(std::move(spCopy));
+}
+
+void COvXmlNode::RemoveAttribute(const COvXmlNode& copy, const COvBstr& strAttrName) const
+{
+    COvComPtr<IXMLDOMElement> spElement;
+    QueryInterfaceChecked(copy.Get(), spElement, IID_IXMLDOMElement, L"IXMLDOMElement");
+    const HRESULT hr = spElement->removeAttribute(strAttrName.Get());
+    if (FAILED(hr))
+        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMElement::removeAttribute"),
+                        COvEvidence(L"strAttrName", strAttrName), spElement.Get(), IID_IXMLDOMElement);
+}
+
+_variant_t COvXmlNode::ReadValue(const COvXmlNode& attribute) const
+{
+    _variant_t value;
+    const HRESULT hr = attribute.m_spNode->get_nodeTypedValue(&value);
+    if (SUCCEEDED(hr))
+        return value;
+    COvBstr strText;
+    if (FAILED(attribute.m_spNode->get_text(strText.Receive())))
+        RaiseDomFailure(hr, __LINE__,
+                        COvEvidence(L"Method", L"IXMLDOMNode::get_nodeTypedValue()") +
+                            COvEvidence(L"Method", L"IXMLDOMNode::get_nodeValue()"),
+                        COvEvidence(), attribute.Get(), IID_IXMLDOMNode);
+    VARIANT text;
+    text.vt = VT_BSTR;
+    text.bstrVal = strText.Detach();
+    value.Attach(text);
+    return value;
+}
+
+_variant_t COvXmlNode::ConvertedValue(BSTR name, VARTYPE vtType) const
+{
+    const _variant_t value = GetAttrValueVar(name);
+    if (value.vt == VT_EMPTY || value.vt == VT_NULL)
+        return _variant_t();
+    return COvStringUtil::VariantChangeType(value, vtType, 0);
+}
+
+void COvXmlNode::RaiseDomFailure(HRESULT hr, LONG nLine, const COvEvidence& method, const COvEvidence& arguments,
+                                 IUnknown* pFailed, REFIID iid) const
+{
+    const COvEvidence errorInfo(L"Error Object Info", pFailed, iid); // first: the calls below may replace it
+    COvEvidence evidence = method + COvEvidence(L"Win32 Error", hr, true) + arguments;
+    AddDiagnosticEvidence(evidence);
+    OvRaise(hr, s_szSource, nLine, evidence + errorInfo);
+}
