@@ -12,6 +12,8 @@
 #include <oleauto.h>
 #include <process.h>
 
+#include "OvSeTranslator.h"
+
 // The identifiers of the DOM that mingw-w64 declares and does not define, or lacks.
 #define OV_DEFINE_ID(name, ...) extern "C" const GUID __declspec(selectany) name = { __VA_ARGS__ }
 OV_DEFINE_ID(CLSID_DOMDocument30, 0xF5078F32, 0xC551, 0x11D3, { 0x89, 0xB9, 0x00, 0x00, 0xF8, 0x1F, 0xE2, 0x21 });

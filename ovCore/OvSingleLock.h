@@ -23,8 +23,6 @@ public:
     bool Unlock();
 
 private:
-    bool ReleaseHeld();
-
     COvSyncObject* m_pSync; // weak
     HANDLE m_hObject;       // the object's handle when this was made; weak
     bool m_bAcquired;

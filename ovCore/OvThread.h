@@ -29,7 +29,6 @@ struct COvThreadInfo
     COvEvent* pStopEvent = nullptr; // weak: the thread object's stop event
     COvHandle hThread;
     DWORD nThreadId = 0;
-    std::shared_ptr<COvCriticalSection> pStarting; // held by Start until the two fields above are stored
 };
 
 /// Runs a worker's body on a thread of its own, or on the caller's. The base owns the thread, its stop event, its COM
@@ -130,12 +129,22 @@ protected:
     std::unique_ptr<COvException> m_pLastError; // a copy of what Error was last called with
 
 private:
+    /// What one run of the body has found out on its way.
+    struct CRun
+    {
+        bool bAsync = false;
+        bool bInApartment = false;
+        DWORD dwExitCode = 0;
+    };
+
     static void HandleError(COvThread* pThdCls, const COvException& e);
 
     void ClearFlag(unsigned nBit);
     DWORD StartAsync();
-    void RunBody(bool& bAsync, bool& bInApartment, DWORD& dwExitCode);
-    bool EnterApartment();
-    void WaitForStart();
-    void EndAsync();
+    void WaitUntilStarted();
+    void Run(CRun& run);
+    void EndRun(const CRun& run);
+    void WriteDestructionLine() const noexcept;
+
+    const std::shared_ptr<COvCriticalSection> m_pStarting; // held by Start until it has stored the thread
 };

@@ -1,0 +1,76 @@
+#include "ovCore/OvEvent.h"
+
+#include "ovCore/OvStackTrace.h"
+#include "OvHandleT.h"
+
+#include <algorithm>
+
+namespace
+{
+
+const wchar_t s_szSource[] = L"ovCore\\OvEvent";
+
+/// How OpenWithWait spends its time.
+struct CRetryPlan
+{
+    CRetryPlan(DWORD dwTotalMs, DWORD dwIntervalMs)
+    {
+        if (dwIntervalMs == 0)
+        {
+            nAttempts = 1;
+        }
+        else
+        {
+            nAttempts = dwTotalMs / dwIntervalMs;
+            dwPauseMs = std::min(dwTotalMs, dwIntervalMs);
+        }
+        if (nAttempts * dwIntervalMs != dwTotalMs)
+            ++nAttempts;
+    }
+
+    DWORD nAttempts = 0;
+    DWORD dwPauseMs = 0;
+};
+
+} // namespace
+
+COvEvent::COvEvent(bool bInitialState, bool bManualReset, const wchar_t* szName, LPSECURITY_ATTRIBUTES psa)
+    : m_bExisted(false)
+{
+    COvStackTraceScope scope(L"COvEvent::COvEvent", s_szSource, __LINE__, COvStackTrace::Get());
+    m_hObject = ::CreateEventW(psa, bManualReset ? TRUE : FALSE, bInitialState ? TRUE : FALSE, szName);
+    m_bExisted = ::GetLastError() == ERROR_ALREADY_EXISTS;
+}
+
+COvEvent::COvEvent(const wchar_t*, HANDLE h) : COvSyncObject(h), m_bExisted(h != nullptr)
+{
+    COvStackTraceScope scope(L"COvEvent::COvEvent", s_szSource, __LINE__, COvStackTrace::Get());
+}
+
+COvEvent::~COvEvent() = default;
+
+bool COvEvent::Unlock(DWORD)
+{
+    return false;
+}
+
+bool COvEvent::SetEvent()
+{
+    COvStackTraceScope scope(L"COvEvent::SetEvent", s_szSource, __LINE__, COvStackTrace::Get());
+    return ::SetEvent(m_hObject) != FALSE;
+}
+
+COvEvent* COvEvent::OpenWithWait(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
+                                 bool bInheritHandle)
+{
+    COvStackTraceScope scope(L"COvEvent::OpenWithWait", s_szSource, __LINE__, COvStackTrace::Get());
+    const CRetryPlan plan(dwTotalMs, dwIntervalMs);
+    for (DWORD nLeft = std::max<DWORD>(plan.nAttempts, 1); nLeft > 0; --nLeft)
+    {
+        COvHandle hEvent(::OpenEventW(dwDesiredAccess, bInheritHandle ? TRUE : FALSE, szName));
+        if (hEvent.Get() != nullptr)
+            return new COvEvent(szName, hEvent.Release());
+        ::Sleep(plan.dwPauseMs);
+    }
+    return new COvEvent(szName, nullptr);
+}
