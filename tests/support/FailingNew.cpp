@@ -1,0 +1,45 @@
+#include "FailingNew.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+
+thread_local unsigned s_nLeft = 0; // allocations up to the failing one, itself included; 0: none fails
+
+} // namespace
+
+CFailingNew::CFailingNew(unsigned nFail)
+{
+    s_nLeft = nFail;
+}
+
+CFailingNew::~CFailingNew()
+{
+    s_nLeft = 0;
+}
+
+bool CFailingNew::Reached() const
+{
+    return s_nLeft == 0;
+}
+
+void* operator new(std::size_t nSize)
+{
+    if (s_nLeft != 0 && --s_nLeft == 0)
+        throw std::bad_alloc();
+    if (void* const p = std::malloc(nSize != 0 ? nSize : 1))
+        return p;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* p) noexcept
+{
+    std::free(p);
+}
+
+void operator delete(void* p, std::size_t) noexcept
+{
+    std::free(p);
+}

@@ -1,0 +1,17 @@
+// Makes one allocation fail. Linked by the tests that walk the paths without memory (the library failingNew).
+#pragma once
+
+/// While it lives, the n-th operator new of the thread that made it throws std::bad_alloc; the others succeed.
+/// One at a time in a thread.
+class CFailingNew
+{
+public:
+    /// @param nFail  1 for the next allocation.
+    explicit CFailingNew(unsigned nFail);
+    ~CFailingNew();
+    CFailingNew(const CFailingNew&) = delete;
+    CFailingNew& operator=(const CFailingNew&) = delete;
+
+    /// Whether the allocation that was to fail has been asked for.
+    bool Reached() const;
+};
