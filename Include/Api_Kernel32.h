@@ -1,0 +1,16 @@
+// Functions of the kernel that older systems may lack.
+#pragma once
+
+#include "ovCore/OvDynamicLib.h"
+#include "OvPlatform.h"
+
+/// The kernel's library from the system's folder; each call looks its function up by name. Any threads may share one.
+class CApi_Kernel32 : public COvDynamicLib
+{
+public:
+    /// Raises COvException E_FAIL when the library can't be loaded.
+    CApi_Kernel32();
+
+    /// The kernel's function of that name. Raises COvException E_FAIL where it does not exist.
+    BOOL IsWow64Process(HANDLE hProcess, BOOL* pbWow64) const;
+};

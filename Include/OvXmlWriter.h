@@ -1,0 +1,108 @@
+// Writes XML without a DOM: a sequence of operations builds a tree, which is rendered as one text.
+#pragma once
+
+#include "ovCore/OvEvidence.h"
+#include "ovCore/OvStackTrace.h"
+#include "OvPlatform.h"
+
+#include <locale>
+#include <memory>
+#include <sstream>
+#include <string>
+
+class COvXmlWriterTree;
+struct COvXmlWriterNode;
+
+/// Records XML nodes and renders them. Texts are UTF-16. Names and prefixes are written as they are passed: nothing is
+/// validated and nothing indented. `bEscape` says whether a value is escaped to printable ASCII when it is rendered or
+/// copied as it is. Texts are copied; a required one that is null raises COvException E_INVALIDARG.
+///
+/// An operation that the open node does not allow raises COvException E_FAIL. After any failure the tree and the open
+/// node are what they were before. One thread at a time; separate writers are independent.
+class COvXmlWriter
+{
+public:
+    /// @param bStartDocument  start the document at once, as WriteStartDocument does.
+    explicit COvXmlWriter(bool bStartDocument);
+
+    COvXmlWriter(const COvXmlWriter&) = delete;
+    COvXmlWriter& operator=(const COvXmlWriter&) = delete;
+    ~COvXmlWriter();
+
+    /// Starts afresh with an empty document, which is the open node. What was written before is gone.
+    void WriteStartDocument();
+
+    /// Adds a processing instruction; the document must be the open node. An XML declaration is one with the target
+    /// "xml"; the writer adds none of its own.
+    void WriteProcessingInstruction(const wchar_t* tzPiName, const wchar_t* tzPiText);
+
+    /// Adds an element to the document or element that is open and makes it the open node.
+    /// @param prefix  null for none; an empty one is written, with its colon.
+    void WriteStartElement(const wchar_t* tzElemName, const wchar_t* prefix = nullptr);
+
+    /// Adds a namespace declaration to the open element, into its start tag, at any time while it is open.
+    /// @param tzPrefix  empty for the default namespace.
+    void WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValue, bool bEscape);
+
+    /// Adds an attribute to the open element, into its start tag, at any time while it is open.
+    void WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrValue, bool bEscape);
+
+    /// As WriteAttrW. A text ends at its first zero.
+    void WriteAttr(const std::wstring& name, const std::wstring& value, bool bEscape)
+    {
+        COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
+        WriteAttrW(name.c_str(), value.c_str(), bEscape);
+    }
+
+    /// As WriteAttrW.
+    void WriteAttr(const std::wstring& name, const wchar_t* value, bool bEscape)
+    {
+        COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
+        WriteAttrW(name.c_str(), value, bEscape);
+    }
+
+    /// As WriteAttrW, with what a wide stream makes of the value: numbers in plain decimal, whatever the locale.
+    template <class T>
+    void WriteAttr(const std::wstring& name, const T& value, bool bEscape)
+    {
+        COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
+        std::wostringstream stream;
+        stream.imbue(std::locale::classic());
+        stream << value;
+        WriteAttrW(name.c_str(), stream.str().c_str(), bEscape);
+    }
+
+    /// Adds text to the document or element that is open.
+    void WriteStringW(const wchar_t* wzText, bool bEscape);
+
+    /// As WriteStringW. The text ends at its first zero.
+    void WriteString(const std::wstring& text, bool bEscape)
+    {
+        COvStackTraceScope scope(L"COvXmlWriter::WriteString", s_szSource, __LINE__, COvStackTrace::Get());
+        WriteStringW(text.c_str(), bEscape);
+    }
+
+    /// Adds a CDATA section to the document or element that is open. The text is never escaped, nor a "]]>" in it
+    /// split.
+    void WriteCData(const wchar_t* tzText);
+
+    /// Makes the open node's parent the open node. Closing the document leaves none; only WriteStartDocument is allowed
+    /// then, and rendering.
+    void WriteEndElement();
+
+    /// The rendering of the whole tree: every element with a start and an end tag, those that are still open too. Empty
+    /// without a document or with an empty one. May be asked for at any point, any number of times; the tree's depth
+    /// costs no stack. Raises std::bad_alloc when memory runs out.
+    std::wstring ToStringW() const;
+
+    /// The same text as ToStringW.
+    std::wstring ToString() const;
+
+private:
+    [[noreturn]] void Refuse(LONG nLine, const wchar_t* szMessage, const COvEvidence& arguments) const;
+
+    static constexpr const wchar_t* s_szSource = L"ovCore\\OvXmlWriter";
+
+    std::unique_ptr<COvXmlWriterTree> m_pRoot; // the document with all nodes; null before the first one
+    COvXmlWriterNode* m_pCurrent = nullptr;    // weak: the open node, the document or an element; null when none is
+};
