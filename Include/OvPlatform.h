@@ -11,6 +11,8 @@
 #include <ole2.h>
 #include <oleauto.h>
 #include <process.h>
+#include <tlhelp32.h>
+#include <winternl.h>
 
 #include "OvSeTranslator.h"
 
