@@ -12,6 +12,8 @@ target_compile_options(ovOptions INTERFACE
 target_include_directories(ovOptions INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/Include)
 
 if(WIN32)
+    # Every COM interface in the system's headers has a public destructor; the native target finds those of ours.
+    target_compile_options(ovOptions INTERFACE -Wno-non-virtual-dtor)
     target_compile_definitions(ovOptions INTERFACE
         UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN WINVER=0x0601 _WIN32_WINNT=0x0601 __USE_MINGW_ANSI_STDIO=1)
     target_link_options(ovOptions INTERFACE
