@@ -1,0 +1,26 @@
+#include "GuardBoundary.h"
+
+#include "AdapterEvidence.h"
+
+void TraceCurrentException(CPatchTrace& trace, const wchar_t* szSource, const wchar_t* szFunction) noexcept
+{
+    try
+    {
+        throw;
+    }
+    catch (const COvException& e)
+    {
+        trace.Exception(e);
+    }
+    catch (const std::exception& e)
+    {
+        trace.Exception(COvException(E_FAIL, szSource, __LINE__,
+                                     COvEvidence(L"Exception Info", e) +
+                                         InfoMsg(L"A runtime exception was encountered") + FunctionName(szFunction)));
+    }
+    catch (...)
+    {
+        trace.Exception(COvException(E_FAIL, szSource, __LINE__,
+                                     InfoMsg(L"An unknown exception was encountered") + FunctionName(szFunction)));
+    }
+}

@@ -1,0 +1,30 @@
+// The library's entry points.
+#include "PatchAdapterFactory.h"
+
+extern "C"
+{
+    BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID pReserved);
+    IAdapterFactory* __cdecl GetAdapterFactory1_0();
+    void __cdecl GetAdapterVersion(uint32_t* pnMajor, uint32_t* pnMinor);
+}
+
+BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD, LPVOID)
+{
+    g_hInstance = hInstance;
+    return TRUE;
+}
+
+/// A new factory, which the host deletes with DeleteAdapterFactory. Without memory std::bad_alloc leaves.
+IAdapterFactory* __cdecl GetAdapterFactory1_0()
+{
+    return new PatchAdapterFactory;
+}
+
+/// Stores the plug-in interface version; nothing when either pointer is null.
+void __cdecl GetAdapterVersion(uint32_t* pnMajor, uint32_t* pnMinor)
+{
+    if (pnMajor == nullptr || pnMinor == nullptr)
+        return;
+    *pnMajor = PATCHADAPTER_INTERFACE_MAJOR;
+    *pnMinor = PATCHADAPTER_INTERFACE_MINOR;
+}

@@ -1,0 +1,86 @@
+// Policy apply: settings go to the service, the revision to the registry, the new status to the observers.
+#include "AdapterEvidence.h"
+#include "ovCore/OvHostCall.h"
+#include "ovCore/OvRegKey.h"
+#include "ovCore/OvSingleLock.h"
+#include "ovCore/OvStringUtil.h"
+#include "PatchAdapter.h"
+#include "PatchApi.h"
+
+namespace
+{
+
+const wchar_t s_szGetConfiguration[] = L"CPatchAdapter::GetConfiguration";
+
+#define REVISION_PATH L"SOFTWARE\\Trevok\\Trevok Patch Agent"
+const wchar_t s_szRevisionPath[] = REVISION_PATH;
+const wchar_t s_szRevisionName[] = L"PolicyRevId";
+const wchar_t s_szRevisionValue[] = L"HKLM\\" REVISION_PATH L"\\PolicyRevId";
+
+void CreateRevisionKey(COvRegKey& key)
+{
+    key.Create(s_szRevisionPath, HKEY_LOCAL_MACHINE, KEY_ALL_ACCESS, 0);
+}
+
+} // namespace
+
+bool CPatchAdapter::ProcessConfiguration()
+{
+    const CPatchTraceScope scope(&m_Trace, L"CPatchAdapter::ProcessConfiguration");
+    m_Trace.Info(InfoMsg(L"Applying configuration"));
+    CPatchApi api(&m_Trace);
+    if (!IsServiceRunning())
+    {
+        m_Trace.Warning(InfoMsg(L"Failed to apply configuration because Patch Agent Service is not running"));
+        return false;
+    }
+    if (m_nPolicyKind == PolicyKindPatch && !ApplyPolicy(api))
+        return false;
+    m_Trace.Info(InfoMsg(L"Configuration successfully applied"));
+    return true;
+}
+
+bool CPatchAdapter::ApplyPolicy(CPatchApi& api)
+{
+    if (!m_wzSettingsXml.empty() && !api.SetPolicySettings(m_wzSettingsXml))
+    {
+        m_Trace.Warning(InfoMsg(L"Failed to apply Patch Agent settings policy from PYX config"));
+        return false;
+    }
+    SavePolicyRevId();
+    NotifyOfPolicy();
+    return true;
+}
+
+// The document is built before the lock is taken: building one takes the status lock.
+void CPatchAdapter::NotifyOfPolicy()
+{
+    std::wstring wzStatus;
+    const std::string status = COvStringUtil::WideToNarrow(BuildStatusXml(wzStatus));
+    const COvSingleLock lock(&m_csObservers, true);
+    for (IStateObserver* pObserver : m_lstStateObservers)
+        OvCallHost([&] { pObserver->OnStateChange(1, status.c_str()); });
+}
+
+void CPatchAdapter::LoadPolicyRevId()
+{
+    COvRegKey key(RegView64);
+    CreateRevisionKey(key);
+    if (COvRegKey::ValueExists(s_szRevisionValue, RegView64))
+        m_wzRevId = key.GetStringValue(s_szRevisionName);
+}
+
+void CPatchAdapter::SavePolicyRevId()
+{
+    COvRegKey key(RegView64);
+    CreateRevisionKey(key);
+    key.SetValue(s_szRevisionName, m_wzRevId);
+}
+
+bool CPatchAdapter::GetConfiguration(IConfigurationReceiver* pReceiver)
+{
+    const CPatchTraceScope scope(&m_Trace, s_szGetConfiguration);
+    if (!RefuseNull(pReceiver, L"A null configuration receiver was passed", s_szGetConfiguration))
+        OvCallHost([&] { pReceiver->OnConfiguration(""); });
+    return true;
+}

@@ -1,0 +1,13 @@
+#include "PolicyXml.h"
+
+#include "ovCore/OvStringUtil.h"
+
+std::wstring BaseName(const COvXmlNode& node)
+{
+    return COvStringUtil::FromBSTR(node.GetNodeBaseName());
+}
+
+std::wstring AttrText(const COvXmlNode& node, const wchar_t* szName)
+{
+    return COvStringUtil::FromBSTR(node.GetAttrValueStr(COvBstr(szName).Get()));
+}
