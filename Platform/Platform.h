@@ -20,6 +20,7 @@
 #include "Registry.h"
 #include "SystemInfo.h"
 #include "Threads.h"
+#include "Tokens.h"
 #include "Types.h"
 #include "VersionData.h"
 #include "Waits.h"
