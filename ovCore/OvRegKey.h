@@ -60,11 +60,14 @@ public:
     void VerifyKeyOpen() const;
 
     bool IsOpen() const { return m_hKey != nullptr; }
-    HKEY GetRoot() const { return m_hRoot; }                 ///< null when no key is open
-    const std::wstring& GetPath() const { return m_wzPath; } ///< below the root, as it was opened
-    DWORD GetAccess() const { return m_samDesired; }         ///< without view flags; KEY_READ when none is open
-    LONG GetLastResult() const { return m_lLastError; }      ///< of the last close, open or query
-    DWORD GetProcessId() const { return m_dwProcessId; }     ///< of the last redirection; 0 for none
+    HKEY GetRoot() const { return m_hRoot; } ///< null when no key is open
+    const std::wstring& GetPath() const
+    {
+        return m_wzPath;
+    }                                                    ///< of the key opened last, below its root, as it was opened
+    DWORD GetAccess() const { return m_samDesired; }     ///< without view flags; KEY_READ when none is open
+    LONG GetLastResult() const { return m_lLastError; }  ///< of the last close, open or query
+    DWORD GetProcessId() const { return m_dwProcessId; } ///< of the last redirection; 0 for none
 
     /// Asks for a value's type, and with QueryReadData for its data.
     /// @param pdwType  in: the type that QueryCheckType demands; out: the type found, 0 when there is no value.
@@ -115,17 +118,19 @@ public:
     /// The flag that this key's view adds to an access mask, in this process on this system.
     DWORD GetWOWDescriptor() const;
 
-    /// The same for any process.
+    /// The same for any process of a system that has views.
     /// @param nView       an OvRegView.
-    /// @param bHasViews   the system knows views at all.
     /// @param bNative64   the process is a 64-bit one.
     /// @return KEY_WOW64_64KEY, KEY_WOW64_32KEY, or 0 when the process sees that view anyhow.
-    static DWORD GetViewFlag(LONG nView, bool bHasViews, bool bNative64);
+    static DWORD GetViewFlag(LONG nView, bool bNative64);
 
     static DWORD GetRegOption(int nOption); ///< REG_OPTION_VOLATILE for 1, else REG_OPTION_NON_VOLATILE
 
 private:
-    void SetOpened(HKEY hKey, HKEY hRoot, const std::wstring& wzPath, DWORD samDesired);
+    void SetOpened(HKEY hKey, HKEY hRoot, std::wstring&& wzPath, DWORD samDesired);
+    void Query(const std::wstring& tzValNm, DWORD* pdwType, BYTE* pData, DWORD* pdwSize);
+    [[noreturn]] void RaiseUnexpectedType(LONG nLine, const COvEvidence& name, const std::wstring& wzDesired,
+                                          DWORD dwFound) const;
 
     std::wstring m_wzPath;
     HKEY m_hRoot;

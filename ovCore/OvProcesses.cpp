@@ -1,0 +1,64 @@
+#include "OvProcesses.h"
+
+#include "OvException.h"
+#include "OvOsProcessApi.h"
+#include "OvStackTrace.h"
+
+namespace
+{
+
+const wchar_t s_szSource[] = L"ovCore\\OVProcessInfo";
+
+} // namespace
+
+size_t COvProcessCollection::GetCount() const
+{
+    COvStackTraceScope scope(L"COvProcessCollection::GetCount", s_szSource, __LINE__, COvStackTrace::Get());
+    if (m_processPIDIndex.size() != m_processNameIndex.size())
+        OvRaise(E_FAIL, s_szSource, __LINE__,
+                COvEvidence(L"Info Msg", L"Internal State Invalid") +
+                    COvEvidence(L"(long)m_processPIDIndex.size()", static_cast<LONG>(m_processPIDIndex.size())) +
+                    COvEvidence(L"(long)m_processNameIndex.size()", static_cast<LONG>(m_processNameIndex.size())));
+    return m_processPIDIndex.size();
+}
+
+const COvProcessInfo& COvProcessCollection::GetByPID(DWORD dwProcessId, bool& found) const
+{
+    COvStackTraceScope scope(L"COvProcessCollection::GetByPID", s_szSource, __LINE__, COvStackTrace::Get());
+    const auto it = m_processPIDIndex.find(dwProcessId);
+    found = it != m_processPIDIndex.end();
+    return found ? *it->second : m_empty;
+}
+
+void COvProcessCollection::AddProcess(const std::wstring& path, DWORD dwProcessId)
+{
+    COvStackTraceScope scope(L"COvProcessCollection::AddProcess", s_szSource, __LINE__, COvStackTrace::Get());
+    const auto pProcess = std::make_shared<const COvProcessInfo>(path, dwProcessId);
+    const auto inserted = m_processPIDIndex.emplace(dwProcessId, pProcess);
+    if (!inserted.second)
+        return;
+    try
+    {
+        m_processNameIndex.emplace(pProcess->GetName(), pProcess);
+    }
+    catch (...)
+    {
+        m_processPIDIndex.erase(inserted.first);
+        throw;
+    }
+}
+
+const COvProcessCollection& COvProcesses::GetRunning()
+{
+    COvStackTraceScope scope(L"COvProcesses::GetRunning", s_szSource, __LINE__, COvStackTrace::Get());
+    m_cache = COvOsProcessApi::GetApi().GetAllProcesses();
+    return m_cache;
+}
+
+const COvProcessInfo& COvProcesses::GetProcess(DWORD processId, bool& found)
+{
+    COvStackTraceScope scope(L"COvProcesses::GetProcess", s_szSource, __LINE__, COvStackTrace::Get());
+    if (m_cache.GetCount() == 0)
+        GetRunning();
+    return m_cache.GetByPID(processId, found);
+}
