@@ -51,7 +51,6 @@ constexpr DWORD CLSCTX_ALL = CLSCTX_SERVER | CLSCTX_INPROC_HANDLER;
 
 enum REGCLS : DWORD
 {
-    REGCLS_SINGLEUSE = 0,
     REGCLS_MULTIPLEUSE = 1
 };
 
@@ -76,15 +75,16 @@ extern "C"
     OVPLATFORM_API HRESULT WINAPI CoCreateInstance(REFCLSID rclsid, LPUNKNOWN pUnkOuter, DWORD dwClsContext,
                                                    REFIID riid, LPVOID* ppv);
 
-    /// Makes a class object known to creation calls of the same apartment. Keeps a reference until it is revoked.
-    /// REGCLS_MULTIPLEUSE of a local server serves in-process contexts too; a REGCLS_SINGLEUSE object serves one call.
+    /// Makes a class object known to creation calls of the same apartment. Keeps a reference until it is revoked or the
+    /// apartment ends. One that is registered as a local server serves in-process contexts too.
+    /// @param flags         REGCLS_MULTIPLEUSE.
     /// @param lpdwRegister  receives the cookie for CoRevokeClassObject, never 0.
-    /// @return E_INVALIDARG for a null object or lpdwRegister; CO_E_NOTINITIALIZED without an apartment.
+    /// @return E_INVALIDARG for a null object or lpdwRegister or other flags; CO_E_NOTINITIALIZED without an apartment.
     OVPLATFORM_API HRESULT WINAPI CoRegisterClassObject(REFCLSID rclsid, LPUNKNOWN pUnk, DWORD dwClsContext,
                                                         DWORD flags, LPDWORD lpdwRegister);
 
-    /// Withdraws a class object; call it in the apartment that registered it. @return E_INVALIDARG for an unknown
-    /// cookie.
+    /// Withdraws a class object. @return E_INVALIDARG for an unknown cookie; RPC_E_WRONG_THREAD in another apartment
+    /// than the one that registered it.
     OVPLATFORM_API HRESULT WINAPI CoRevokeClassObject(DWORD dwRegister);
 
     /// A random GUID (version 4). @return E_INVALIDARG for a null pguid.

@@ -70,8 +70,8 @@ constexpr HRESULT CLASS_E_CLASSNOTAVAILABLE = OvHresult(0x80040111u);
 constexpr HRESULT REGDB_E_CLASSNOTREG = OvHresult(0x80040154u);
 constexpr HRESULT CO_E_NOTINITIALIZED = OvHresult(0x800401F0u);
 constexpr HRESULT CO_E_OBJNOTREG = OvHresult(0x800401FBu);
-constexpr HRESULT CO_E_OBJISREG = OvHresult(0x800401FCu);
 constexpr HRESULT RPC_E_CHANGED_MODE = OvHresult(0x80010106u);
+constexpr HRESULT RPC_E_WRONG_THREAD = OvHresult(0x8001010Eu);
 
 constexpr bool SUCCEEDED(HRESULT hr) { return hr >= 0; }
 constexpr bool FAILED(HRESULT hr) { return hr < 0; }
