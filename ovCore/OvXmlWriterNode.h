@@ -29,6 +29,8 @@ struct COvXmlWriterText
     size_t nLength;       ///< in UTF-16 units
 };
 
+struct COvXmlWriterNode;
+
 /// Nodes in the order in which they were added; linked through pNext.
 struct COvXmlWriterList
 {

@@ -1,0 +1,59 @@
+#include "OvVersionResource.h"
+
+#include "OvFile.h"
+#include "OvVersion.h"
+
+namespace
+{
+
+const wchar_t s_szSource[] = L"ovCore\\OvVersionResource";
+
+} // namespace
+
+bool COvVersionResource::Open(const std::wstring& path)
+{
+    COvStackTraceScope scope(L"COvVersionResource::Open", s_szSource, __LINE__, COvStackTrace::Get());
+    const std::wstring strFile = path.empty() ? COvFile::GetModuleFileNameW(nullptr) : path;
+    if (!COvFile::FileExists(strFile, false, nullptr))
+        return false;
+    DWORD dwUnused = 0;
+    const DWORD dwSize = ::GetFileVersionInfoSizeW(strFile.c_str(), &dwUnused);
+    if (dwSize == 0)
+        return false;
+    m_block.Resize(dwSize);
+    if (::GetFileVersionInfoW(strFile.c_str(), 0, dwSize, m_block.Data()))
+        return true;
+    const LONG lError = static_cast<LONG>(::GetLastError());
+    m_block.Clear();
+    OvRaise(E_FAIL, s_szSource, __LINE__,
+            COvEvidence(L"Method", L"GetFileVersionInfo") + COvEvidence(L"Win32 GetLastError", lError, true));
+}
+
+bool COvVersionResource::Open(HMODULE module)
+{
+    COvStackTraceScope scope(L"COvVersionResource::Open", s_szSource, __LINE__, COvStackTrace::Get());
+    if (module == nullptr)
+        return false;
+    wchar_t szFile[MAX_PATH] = {};
+    const DWORD dwLength = ::GetModuleFileNameW(module, szFile, MAX_PATH);
+    return dwLength != 0 && Open(std::wstring(szFile, dwLength));
+}
+
+bool COvVersionResource::Query(const wchar_t* subBlock, void** value, UINT* length)
+{
+    COvStackTraceScope scope(L"COvVersionResource::Query", s_szSource, __LINE__, COvStackTrace::Get());
+    return m_block.Size() != 0 && ::VerQueryValueW(m_block.Data(), subBlock, value, length) && *value != nullptr &&
+           *length != 0;
+}
+
+bool COvVersionResource::GetVersion(COvVersion& version)
+{
+    COvStackTraceScope scope(L"COvVersionResource::GetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    version.SetVersion(0, 0, 0, 0);
+    void* pValue = nullptr;
+    UINT nLength = 0;
+    if (!Query(L"\\", &pValue, &nLength) || nLength < sizeof(VS_FIXEDFILEINFO))
+        return false;
+    const VS_FIXEDFILEINFO& info = *static_cast<const VS_FIXEDFILEINFO*>(pValue);
+    return version.SetVersion(info.dwFileVersionMS, info.dwFileVersionLS);
+}

@@ -1,0 +1,147 @@
+#include "OvXmlWriter.h"
+
+#include "OvException.h"
+#include "OvXmlWriterNode.h"
+
+namespace
+{
+
+// The names of the node types, as refusals show the open node's. A namespace node is never the open one.
+const wchar_t* const s_szTypeNames[] = { L"typeDocStart", L"typePI", L"typeComment", L"typeElemStart",
+                                         L"typeAttr",     nullptr,   L"typeCData",   L"typeStr" };
+
+const wchar_t* TypeName(const COvXmlWriterNode* pNode)
+{
+    return pNode != nullptr ? s_szTypeNames[pNode->nType] : L"{unknown - no document}";
+}
+
+bool IsDocument(const COvXmlWriterNode* pNode)
+{
+    return pNode != nullptr && pNode->nType == typeDocStart;
+}
+
+bool IsElement(const COvXmlWriterNode* pNode)
+{
+    return pNode != nullptr && pNode->nType == typeElemStart;
+}
+
+bool IsDocumentOrElement(const COvXmlWriterNode* pNode)
+{
+    return IsDocument(pNode) || IsElement(pNode);
+}
+
+} // namespace
+
+COvXmlWriter::COvXmlWriter(bool bStartDocument)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::COvXmlWriter", s_szSource, __LINE__, COvStackTrace::Get());
+    if (bStartDocument)
+        WriteStartDocument();
+}
+
+COvXmlWriter::~COvXmlWriter() = default;
+
+void COvXmlWriter::WriteStartDocument()
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteStartDocument", s_szSource, __LINE__, COvStackTrace::Get());
+    m_pRoot = std::make_unique<COvXmlWriterTree>();
+    m_pCurrent = m_pRoot->Document();
+}
+
+void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wchar_t* tzPiText)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteProcessingInstruction", s_szSource, __LINE__, COvStackTrace::Get());
+    OvCheckPointer(L"tzPiName", tzPiName, s_szSource, __LINE__);
+    OvCheckPointer(L"tzPiText", tzPiText, s_szSource, __LINE__);
+    if (m_pCurrent == nullptr)
+        Refuse(__LINE__, L"Cannot create a processing instruction. There is no document.",
+               COvEvidence(L"tzPiName", tzPiName) + COvEvidence(L"tzPiText", tzPiText));
+    if (!IsDocument(m_pCurrent))
+        Refuse(__LINE__,
+               L"Cannot write processing instruction. These must be created at the document level before all elements.",
+               COvEvidence(L"tzPiName", tzPiName) + COvEvidence(L"tzPiText", tzPiText));
+    m_pRoot->Append(m_pCurrent, typePI, tzPiName, tzPiText, false);
+}
+
+void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* prefix)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteStartElement", s_szSource, __LINE__, COvStackTrace::Get());
+    OvCheckPointer(L"tzElemName", tzElemName, s_szSource, __LINE__);
+    if (m_pCurrent == nullptr)
+        Refuse(__LINE__, L"Cannot open an element. There is no document.", COvEvidence(L"tzElemName", tzElemName));
+    if (!IsDocumentOrElement(m_pCurrent))
+        Refuse(__LINE__,
+               L"Cannot open an element. These must be created at the document level or beneath another element.",
+               COvEvidence(L"tzElemName", tzElemName));
+    m_pCurrent = m_pRoot->Append(m_pCurrent, typeElemStart, tzElemName, prefix, false);
+}
+
+void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValue, bool bEscape)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteNameSpace", s_szSource, __LINE__, COvStackTrace::Get());
+    OvCheckPointer(L"tzPrefix", tzPrefix, s_szSource, __LINE__);
+    OvCheckPointer(L"tzValue", tzValue, s_szSource, __LINE__);
+    if (!IsElement(m_pCurrent))
+        Refuse(__LINE__, L"Cannot add a namespace. Previous node was not an element.",
+               COvEvidence(L"tzPrefix", tzPrefix) + COvEvidence(L"tzValue", tzValue));
+    m_pRoot->Append(m_pCurrent, typeNameSpace, tzPrefix, tzValue, bEscape);
+}
+
+void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrValue, bool bEscape)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteAttrW", s_szSource, __LINE__, COvStackTrace::Get());
+    OvCheckPointer(L"tzAttrName", tzAttrName, s_szSource, __LINE__);
+    OvCheckPointer(L"wzAttrValue", wzAttrValue, s_szSource, __LINE__);
+    if (!IsElement(m_pCurrent))
+        Refuse(__LINE__, L"Cannot add an attribute. Previous node was not an element.",
+               COvEvidence(L"tzAttrName", tzAttrName) + COvEvidence(L"wzAttrValue", wzAttrValue));
+    m_pRoot->Append(m_pCurrent, typeAttr, tzAttrName, wzAttrValue, bEscape);
+}
+
+void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteStringW", s_szSource, __LINE__, COvStackTrace::Get());
+    OvCheckPointer(L"wzText", wzText, s_szSource, __LINE__);
+    if (!IsDocumentOrElement(m_pCurrent))
+        Refuse(__LINE__, L"Cannot add a string. Previous node was not a document or element.",
+               COvEvidence(L"wzText", wzText));
+    m_pRoot->Append(m_pCurrent, typeStr, wzText, nullptr, bEscape);
+}
+
+void COvXmlWriter::WriteCData(const wchar_t* tzText)
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteCData", s_szSource, __LINE__, COvStackTrace::Get());
+    OvCheckPointer(L"tzText", tzText, s_szSource, __LINE__);
+    if (!IsDocumentOrElement(m_pCurrent))
+        Refuse(__LINE__, L"Cannot add a CData section. Previous node was not a document or element.",
+               COvEvidence(L"tzText", tzText));
+    m_pRoot->Append(m_pCurrent, typeCData, tzText, nullptr, false);
+}
+
+void COvXmlWriter::WriteEndElement()
+{
+    COvStackTraceScope scope(L"COvXmlWriter::WriteEndElement", s_szSource, __LINE__, COvStackTrace::Get());
+    if (m_pCurrent == nullptr)
+        Refuse(__LINE__, L"Cannot close an element. There is no document.", COvEvidence());
+    if (!IsDocumentOrElement(m_pCurrent))
+        Refuse(__LINE__, L"Cannot close an element. Previous node was not an element or document.", COvEvidence());
+    m_pCurrent = m_pCurrent->pParent;
+}
+
+std::wstring COvXmlWriter::ToStringW() const
+{
+    COvStackTraceScope scope(L"COvXmlWriter::ToStringW", s_szSource, __LINE__, COvStackTrace::Get());
+    return m_pRoot != nullptr ? m_pRoot->Render() : std::wstring();
+}
+
+std::wstring COvXmlWriter::ToString() const
+{
+    COvStackTraceScope scope(L"COvXmlWriter::ToString", s_szSource, __LINE__, COvStackTrace::Get());
+    return ToStringW();
+}
+
+void COvXmlWriter::Refuse(LONG nLine, const wchar_t* szMessage, const COvEvidence& arguments) const
+{
+    OvRaise(E_FAIL, s_szSource, nLine,
+            COvEvidence(L"Info Msg", szMessage) + arguments + COvEvidence(L"Prev Node Type", TypeName(m_pCurrent)));
+}
