@@ -1,5 +1,6 @@
 #include "Processes.h"
 
+#include "Guard.h"
 #include "Handles.h"
 #include "ProcessObject.h"
 #include "Waitable.h"
@@ -12,27 +13,51 @@ namespace OvPlatform
 namespace
 {
 
-constexpr DWORD ProcessAllAccess = STANDARD_RIGHTS_REQUIRED | SYNCHRONIZE | 0xFFFF;
 constexpr CAccessMap ProcessAccess = { READ_CONTROL | 0x0410, READ_CONTROL | 0x02EA,
-                                       READ_CONTROL | SYNCHRONIZE | 0x1001, ProcessAllAccess };
+                                       READ_CONTROL | SYNCHRONIZE | 0x1001, PROCESS_ALL_ACCESS };
 
 /// This process: nobody in it sees it end.
-class CCurrentProcess final : public CWaitable
+class CCurrentProcess final : public CWaitable, public CProcessObject
 {
 public:
-    CCurrentProcess() : CWaitable(ProcessAccess) {}
+    CCurrentProcess() : CWaitable(ProcessAccess), CProcessObject(GetCurrentProcessId()) {}
     bool IsSignalled() const override { return false; }
 };
+
+/// Another process. Waiting for one is not provided.
+class COtherProcess final : public CKernelObject, public CProcessObject
+{
+public:
+    explicit COtherProcess(DWORD dwId) : CKernelObject(ProcessAccess), CProcessObject(dwId) {}
+};
+
+bool MayOpen(const CProcessFiles& files)
+{
+    CProcessStatus status;
+    return geteuid() == 0 || (ReadStatus(files, status) && status.nUser == geteuid());
+}
+
+HANDLE OpenOther(DWORD dwAccess, DWORD dwProcessId)
+{
+    const auto pProcess = std::make_shared<COtherProcess>(dwProcessId);
+    if (!pProcess->Files().Exist())
+        return Fail<HANDLE>(ERROR_INVALID_PARAMETER, nullptr);
+    if (!MayOpen(pProcess->Files()))
+        return Fail<HANDLE>(ERROR_ACCESS_DENIED, nullptr);
+    return OpenHandle(pProcess, dwAccess);
+}
 
 } // namespace
 
 const CHandleEntry& CurrentProcessEntry()
 {
-    static const auto& s_entry = *new CHandleEntry{ std::make_shared<CCurrentProcess>(), ProcessAllAccess };
+    static const auto& s_entry = *new CHandleEntry{ std::make_shared<CCurrentProcess>(), PROCESS_ALL_ACCESS };
     return s_entry;
 }
 
 } // namespace OvPlatform
+
+using namespace OvPlatform;
 
 HANDLE GetCurrentProcess()
 {
@@ -42,4 +67,12 @@ HANDLE GetCurrentProcess()
 DWORD GetCurrentProcessId()
 {
     return static_cast<DWORD>(getpid());
+}
+
+HANDLE OpenProcess(DWORD dwAccess, BOOL, DWORD dwProcessId)
+{
+    return OrNoMemory<HANDLE>(nullptr, [&] {
+        return dwProcessId == GetCurrentProcessId() ? OpenHandle(CurrentProcessEntry().pObject, dwAccess)
+                                                    : OpenOther(dwAccess, dwProcessId);
+    });
 }
