@@ -1,0 +1,16 @@
+// The one rule by which a Unix user has a security identifier. For the stand-in's own files only.
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+
+namespace OvPlatform
+{
+
+/// "S-1-22-1-" and the user id in decimal: authority 22 is that of Unix users, as file servers have it.
+inline std::wstring UserSidText(uid_t nUser)
+{
+    return L"S-1-22-1-" + std::to_wstring(nUser);
+}
+
+} // namespace OvPlatform
