@@ -3,6 +3,7 @@
 
 #include "TrevokPatchApi.h"
 
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -45,9 +46,10 @@ struct CAgentFault
     HRESULT hr = E_FAIL; ///< what the call returns; with a success code the call goes on as usual
     LONG stateId = 0;    ///< SetState and GetState: the one state that has the fault; 0: each has
     unsigned nFirst = 1; ///< the first such call that has it, counted from 1 when the fault is added
-    unsigned nCount = std::numeric_limits<unsigned>::max();      ///< how many calls in a row have it
-    DWORD dwDelayMs = 0;                                         ///< the call takes this long, in milliseconds
-    bool bDies = false;                                          ///< the service dies in the call, as by Die()
+    unsigned nCount = std::numeric_limits<unsigned>::max(); ///< how many calls in a row have it
+    DWORD dwDelayMs = 0;                                    ///< the call takes this long, in milliseconds
+    bool bDies = false;                                     ///< the service dies in the call, as by Die()
+    std::function<void()> action = {}; ///< run in the call on the client's thread; may throw, but for Create
     std::optional<CAgentErrorObject> errorObject = std::nullopt; ///< set only when the call fails
 };
 

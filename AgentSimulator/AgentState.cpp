@@ -175,6 +175,8 @@ HRESULT CAgentState::MeetFault(AgentCall call, LONG stateId)
         ::Sleep(fault->dwDelayMs);
     if (fault->bDies)
         Die();
+    if (fault->action)
+        fault->action();
     if (FAILED(fault->hr) && fault->errorObject)
         LeaveErrorObject(*this, *fault->errorObject);
     return fault->hr;
