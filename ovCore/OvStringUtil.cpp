@@ -55,6 +55,20 @@ std::basic_string<Char> FindReplaceT(const Char* szFind, const Char* szReplace, 
     return result;
 }
 
+_variant_t ChangedVariant(const VARIANT& vSrc, VARTYPE vtNew, USHORT nFlags)
+{
+    _variant_t copy(vSrc);
+    _variant_t result;
+    const HRESULT hr = ::VariantChangeType(&result, &copy, nFlags, vtNew);
+    if (FAILED(hr))
+        OvRaise(hr, s_szSource, __LINE__,
+                COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Info Msg", L"VariantChangeType") +
+                    COvEvidence(L"vSrc.vt", static_cast<LONG>(vSrc.vt)) +
+                    COvEvidence(L"vtNew", static_cast<LONG>(vtNew)) +
+                    COvEvidence(L"nFlags", static_cast<LONG>(nFlags)) + COvEvidence(L"hr", hr, true));
+    return result;
+}
+
 bool IsAsciiUpper(wchar_t c)
 {
     return c >= L'A' && c <= L'Z';
@@ -149,19 +163,7 @@ bool COvStringUtil::IsNumeric(const std::wstring& s, bool bLeadingOnly)
 _variant_t COvStringUtil::VariantChangeType(const VARIANT& vSrc, VARTYPE vtNew, USHORT nFlags)
 {
     const COvStackTraceScope scope(L"COvStringUtil::VariantChangeType", s_szSource, __LINE__, COvStackTrace::Get());
-    _variant_t copy(vSrc);
-    if (vSrc.vt == vtNew)
-        return copy;
-
-    _variant_t result;
-    const HRESULT hr = ::VariantChangeType(&result, &copy, nFlags, vtNew);
-    if (FAILED(hr))
-        OvRaise(hr, s_szSource, __LINE__,
-                COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Info Msg", L"VariantChangeType") +
-                    COvEvidence(L"vSrc.vt", static_cast<LONG>(vSrc.vt)) +
-                    COvEvidence(L"vtNew", static_cast<LONG>(vtNew)) +
-                    COvEvidence(L"nFlags", static_cast<LONG>(nFlags)) + COvEvidence(L"hr", hr, true));
-    return result;
+    return vSrc.vt == vtNew ? _variant_t(vSrc) : ChangedVariant(vSrc, vtNew, nFlags);
 }
 
 std::wstring COvStringUtil::ToLower(const std::wstring& s)

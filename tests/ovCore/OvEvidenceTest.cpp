@@ -3,6 +3,7 @@
 #include "ovCore/OvErrorInfo.h"
 #include "ovCore/OvException.h"
 
+#include "AnsweringObject.h"
 #include "ComApartment.h"
 #include "FailingNew.h"
 
@@ -228,38 +229,6 @@ TEST(OvEvidence, WithoutMemoryARaiseStillThrowsItsException)
 namespace
 {
 
-/// A COM object on the stack that answers what the row wants.
-class CAnsweringObject final : public ISupportErrorInfo
-{
-public:
-    CAnsweringObject(bool bSupports, HRESULT hrSupports) : m_bSupports(bSupports), m_hrSupports(hrSupports) {}
-    virtual ~CAnsweringObject() = default;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** pp) override
-    {
-        *pp = nullptr;
-        if (!m_bSupports || riid != IID_ISupportErrorInfo)
-            return E_NOINTERFACE;
-        *pp = static_cast<ISupportErrorInfo*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_nReferences; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_nReferences; }
-    HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID riid) override
-    {
-        EXPECT_TRUE(riid == s_guid);
-        return m_hrSupports;
-    }
-
-    ULONG References() const { return m_nReferences; }
-
-private:
-    bool m_bSupports;
-    HRESULT m_hrSupports;
-    ULONG m_nReferences = 0;
-};
-
 /// Error information that cannot describe itself.
 class CMuteErrorInfo final : public IErrorInfo
 {
@@ -319,7 +288,7 @@ TEST(OvErrorInfo, SaysWhatTheObjectLeftBehindOrWhyThereIsNothing)
     };
     for (const auto& row : rows)
     {
-        CAnsweringObject object(row.bSupports, row.hrSupports);
+        CAnsweringObject object(row.bSupports, s_guid, row.hrSupports);
         ::SetErrorInfo(0, nullptr);
         if (row.szDescription != nullptr)
             LeaveDescription(row.szDescription);
@@ -333,7 +302,7 @@ TEST(OvErrorInfo, SaysWhatTheObjectLeftBehindOrWhyThereIsNothing)
 TEST(OvErrorInfo, ADescriptionThatFailsIsReleasedToo)
 {
     const CComApartment apartment;
-    CAnsweringObject object(true, S_OK);
+    CAnsweringObject object(true, s_guid, S_OK);
     CMuteErrorInfo info;
     EXPECT_EQ(S_OK, ::SetErrorInfo(0, &info));
     EXPECT_EQ(L"Call to IErrorInfo::GetDescription failed with hr [-2147467263].", OvGetErrorInfoText(&object, s_guid));

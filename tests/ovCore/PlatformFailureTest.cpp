@@ -1,11 +1,13 @@
-// What the conversions do when the platform's calls fail: the calls are replaced at link time.
+// What the core's foundation does when the platform's calls fail: the calls are replaced at link time.
+#include "ovCore/OvBstr.h"
+#include "ovCore/OvErrorInfo.h"
 #include "ovCore/OvException.h"
 #include "ovCore/OvStringUtil.h"
 
+#include "AnsweringObject.h"
+
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <new>
 #include <vector>
 
 namespace
@@ -17,8 +19,9 @@ struct CAnswer
     LONG lError;
 };
 
-std::vector<CAnswer> s_answers; // of the next calls, in order
-std::vector<int> s_sizes;       // the room that each call was given
+std::vector<CAnswer> s_answers; // of the next conversions, in order
+std::vector<int> s_sizes;       // the room that each conversion was given
+bool s_bStringsFail = false;    // no memory for a BSTR
 
 int Answer(int nSize)
 {
@@ -28,13 +31,18 @@ int Answer(int nSize)
     return answer.nResult;
 }
 
+void Expect(const std::vector<CAnswer>& answers)
+{
+    s_answers = answers;
+    s_sizes.clear();
+}
+
 constexpr LONG s_lTooSmall = ERROR_INSUFFICIENT_BUFFER;
 
 template <class Convert>
 std::string Outcome(const std::vector<CAnswer>& answers, Convert convert)
 {
-    s_answers = answers;
-    s_sizes.clear();
+    Expect(answers);
     try
     {
         return std::to_string(convert().length());
@@ -44,6 +52,8 @@ std::string Outcome(const std::vector<CAnswer>& answers, Convert convert)
         return e.what();
     }
 }
+
+const GUID s_guid = {};
 
 } // namespace
 
@@ -58,9 +68,32 @@ extern "C"
     {
         return Answer(nSize);
     }
+
+    int __wrap_StringFromGUID2(REFGUID, LPWSTR, int)
+    {
+        return 0;
+    }
+
+    DWORD __wrap_FormatMessageW(DWORD, LPCVOID, DWORD, DWORD, LPWSTR, DWORD, va_list*)
+    {
+        return 0;
+    }
+
+    HRESULT __wrap_GetErrorInfo(ULONG, IErrorInfo** ppInfo)
+    {
+        *ppInfo = nullptr;
+        return E_UNEXPECTED;
+    }
+
+    BSTR __real_SysAllocStringLen(const OLECHAR*, UINT);
+
+    BSTR __wrap_SysAllocStringLen(const OLECHAR* szText, UINT nLength)
+    {
+        return s_bStringsFail ? nullptr : __real_SysAllocStringLen(szText, nLength);
+    }
 }
 
-TEST(CodePageFailure, NarrowingGrowsItsBufferAndNamesWhatFailed)
+TEST(PlatformFailure, NarrowingGrowsItsBufferAndNamesWhatFailed)
 {
     const struct
     {
@@ -83,7 +116,7 @@ TEST(CodePageFailure, NarrowingGrowsItsBufferAndNamesWhatFailed)
     }
 }
 
-TEST(CodePageFailure, WideningNamesWhatFailed)
+TEST(PlatformFailure, WideningNamesWhatFailed)
 {
     const struct
     {
@@ -100,9 +133,40 @@ TEST(CodePageFailure, WideningNamesWhatFailed)
         EXPECT_EQ(row.outcome, Outcome(row.answers, [] { return COvStringUtil::NarrowToWide("text"); }));
 }
 
-TEST(CodePageFailure, EvidenceIsBuiltAllTheSame)
+TEST(PlatformFailure, EvidenceIsBuiltAllTheSame)
 {
-    s_answers = { { 0, 87 } };
-    s_sizes.clear();
+    Expect({ { 0, 87 } });
     EXPECT_STREQ(L"Function: ", COvEvidence(L"Function", "narrow").ToString(nullptr));
+    EXPECT_STREQ(L"guid: <undetermined>", COvEvidence(L"guid", s_guid).ToString(nullptr));
+    EXPECT_STREQ(L"hr: 0x80004005", COvEvidence(L"hr", E_FAIL, true).ToString(nullptr));
+}
+
+TEST(PlatformFailure, ErrorInformationThatCannotBeHadIsSaidSo)
+{
+    CAnsweringObject object(true, s_guid, S_OK);
+    EXPECT_EQ(L"A fatal error occurred while trying to retrieve IErrorInfo.", OvGetErrorInfoText(&object, s_guid));
+    EXPECT_EQ(0u, object.References());
+}
+
+TEST(PlatformFailure, AStringWithoutMemoryRaisesTheComErrorAndKeepsItsTarget)
+{
+    const COvBstr source(L"source");
+    COvBstr target(L"target");
+    s_bStringsFail = true;
+    for (const auto& copy :
+         { +[](const COvBstr&from, COvBstr&to) { to = from; }, +[](const COvBstr&, COvBstr&) { COvBstr made(L""); },
+           +[](const COvBstr&, COvBstr&) { COvBstr made{ std::wstring() }; } })
+    {
+        try
+        {
+            copy(source, target);
+            ADD_FAILURE();
+        }
+        catch (const _com_error& e)
+        {
+            EXPECT_EQ(E_OUTOFMEMORY, e.Error());
+        }
+    }
+    s_bStringsFail = false;
+    EXPECT_STREQ(L"target", target.Get());
 }
