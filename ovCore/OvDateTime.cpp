@@ -126,7 +126,8 @@ std::wstring COvDateTime::Format(const wchar_t* format) const
         return std::wstring();
     const std::tm fields = ToFields(m_dValue);
     wchar_t szText[FORMAT_BUFFER];
-    return std::wstring(szText, std::wcsftime(szText, std::size(szText), format, &fields));
+    const size_t nLength = std::wcsftime(szText, std::size(szText), format, &fields);
+    return nLength < std::size(szText) ? std::wstring(szText, nLength) : std::wstring(); // some fill it without a zero
 }
 
 COvEvidence COvDateTime::GetEvidence(const wchar_t* szName) const

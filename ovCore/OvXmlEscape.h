@@ -16,7 +16,7 @@ inline constexpr DWORD ESCAPE_ATTRIBUTE = 1;
 ///               first that does not fit ends the writing, and no terminating zero is added.
 /// @param dwFlags  0 or ESCAPE_ATTRIBUTE.
 /// @return the units that the whole escaped text needs; 0 when pOut was given and they did not fit.
-/// Raises the COM error E_FAIL for a null pIn.
+/// Raises the COM error E_FAIL for a null pIn, std::bad_alloc when the length goes beyond the address space.
 size_t EscapeXML(const wchar_t* pIn, size_t nIn, wchar_t* pOut, size_t nOut, DWORD dwFlags);
 
 /// Escaping with a buffer of its own, which is wiped before it is freed.
