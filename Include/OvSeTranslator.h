@@ -10,10 +10,9 @@ using _se_translator_function = void(__cdecl*)(unsigned int uCode, struct _EXCEP
 /// process. What it throws unwinds from the faulting instruction, so the code needs -fnon-call-exceptions.
 ///
 /// Not translated, but left to the handlers that are there anyway: faults in code without unwind tables (the system's
-/// libraries, another module); faults under a structured handler that was set up after the translator (OvCallHost's is
-/// one, and translates on its own); C++ exceptions of any compiler; and the notes that are meant for a debugger. A
-/// software exception that this module raises with RaiseException is translated; the function that raises it must hold
-/// nothing to clean up.
+/// libraries, another module; RaiseException is such code, so software exceptions are among them); faults under a
+/// structured handler that was set up after the translator (OvCallHost's is one, and translates what it meets); C++
+/// exceptions of any compiler; and the notes that are meant for a debugger.
 ///
 /// After a stack overflow the thread has no guard for a second one until it sets its translator again.
 /// @param pNew  null: none.  @return the thread's translator until now; null: none.

@@ -1,12 +1,26 @@
 // The one way into the host's code.
 #pragma once
 
-#include <utility>
+#include <memory>
+#include <type_traits>
+
+/// Stands for an exception of the host that this library cannot take as what it is.
+struct COvHostException
+{
+};
+
+/// Makes the call pfnCall(pContext) for OvCallHost.
+void OvCallGuarded(void (*pfnCall)(void*), void* pContext);
 
 /// Makes a call into the host (observer, receiver, log sink): every such call goes through here.
-/// @param call  a function object without arguments; what it throws goes on to the caller.
+/// @param call  a function object without arguments.
+/// What the host throws goes on to the caller. Where the host is built by another compiler than this library, its C++
+/// exceptions arrive as COvHostException, its own frames unwound by its own rules. A machine fault in the host's code
+/// is translated as any other on a thread with a translator, and left to the host's handlers on every other thread.
 template <class Call>
 void OvCallHost(Call&& call)
 {
-    std::forward<Call>(call)();
+    using CFunction = std::remove_reference_t<Call>;
+    OvCallGuarded([](void* pCall) { (*static_cast<CFunction*>(pCall))(); },
+                  const_cast<std::remove_const_t<CFunction>*>(std::addressof(call)));
 }

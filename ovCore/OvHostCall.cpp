@@ -1,0 +1,7 @@
+#include "ovCore/OvHostCall.h"
+
+// One compiler builds both sides here: an exception passes on its own.
+void OvCallGuarded(void (*pfnCall)(void*), void* pContext)
+{
+    pfnCall(pContext);
+}
