@@ -76,7 +76,8 @@ extern "C"
                                                    REFIID riid, LPVOID* ppv);
 
     /// Makes a class object known to creation calls of the same apartment. Keeps a reference until it is revoked or the
-    /// apartment ends. One that is registered as a local server serves in-process contexts too.
+    /// apartment ends. One that is registered as a local server serves in-process contexts too. Nothing
+    /// is marshalled: other apartments and processes do not see it, whatever the context.
     /// @param flags         REGCLS_MULTIPLEUSE.
     /// @param lpdwRegister  receives the cookie for CoRevokeClassObject, never 0.
     /// @return E_INVALIDARG for a null object or lpdwRegister or other flags; CO_E_NOTINITIALIZED without an apartment.
