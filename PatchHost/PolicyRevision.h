@@ -1,0 +1,8 @@
+// The revision that the adapter has recorded, read as any other program of the machine would read it.
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// The recorded policy revision in UTF-8; nothing when none was recorded.
+std::optional<std::string> ReadPolicyRevision();

@@ -1,0 +1,124 @@
+#include "Text.h"
+
+#include "OvPlatform.h"
+
+std::wstring Utf8ToWide(const std::string& text)
+{
+    const int nSource = static_cast<int>(text.size());
+    const int nLength = ::MultiByteToWideChar(CP_UTF8, 0, text.data(), nSource, nullptr, 0);
+    std::wstring wide(static_cast<size_t>(nLength > 0 ? nLength : 0), L'\0');
+    ::MultiByteToWideChar(CP_UTF8, 0, text.data(), nSource, wide.data(), nLength);
+    return wide;
+}
+
+std::string WideToUtf8(const std::wstring& text)
+{
+    const int nSource = static_cast<int>(text.size());
+    const int nLength = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), nSource, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<size_t>(nLength > 0 ? nLength : 0), '\0');
+    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), nSource, narrow.data(), nLength, nullptr, nullptr);
+    return narrow;
+}
+
+namespace
+{
+
+const std::string s_cdataStart = "<![CDATA[";
+const std::string s_cdataEnd = "]]>";
+
+/// Walks a document piece by piece (a tag, a CDATA section, the text between them) and writes each on its line.
+class CIndenter
+{
+public:
+    CIndenter(const std::string& xml, unsigned nIndent) : m_xml(xml), m_nBase(nIndent) {}
+
+    std::string Render()
+    {
+        while (m_nPos < m_xml.size())
+            Step();
+        return m_out;
+    }
+
+private:
+    void Step()
+    {
+        if (StartsWith(s_cdataStart))
+            Cdata();
+        else if (StartsWith("</"))
+            EndTag();
+        else if (StartsWith("<"))
+            StartTag();
+        else
+            Line(Take(m_xml.find('<', m_nPos)));
+    }
+
+    void Cdata()
+    {
+        m_nPos += s_cdataStart.size();
+        const std::string inner = Take(m_xml.find(s_cdataEnd, m_nPos));
+        m_nPos += s_cdataEnd.size();
+        Line(s_cdataStart);
+        m_out += IndentXml(inner, m_nBase + m_nDepth + 1);
+        Line(s_cdataEnd);
+    }
+
+    void EndTag()
+    {
+        m_nDepth -= m_nDepth > 0 ? 1 : 0;
+        Line(Take(PastTag()));
+    }
+
+    /// An element that holds text alone, or nothing, stays on one line.
+    void StartTag()
+    {
+        std::string line = Take(PastTag());
+        const bool bOpens = line.compare(0, 2, "<?") != 0 && line.compare(0, 2, "<!") != 0 &&
+                            line.compare(line.size() - 2, 2, "/>") != 0;
+        const size_t nNext = m_xml.find('<', m_nPos);
+        if (bOpens && nNext != std::string::npos && m_xml.compare(nNext, 2, "</") == 0)
+        {
+            line += Take(nNext);
+            line += Take(PastTag());
+            Line(line);
+            return;
+        }
+        Line(line);
+        m_nDepth += bOpens ? 1 : 0;
+    }
+
+    bool StartsWith(const std::string& text) const { return m_xml.compare(m_nPos, text.size(), text) == 0; }
+
+    size_t PastTag() const
+    {
+        const size_t nEnd = m_xml.find('>', m_nPos);
+        return nEnd == std::string::npos ? nEnd : nEnd + 1;
+    }
+
+    /// The text up to a position, or to the end, and steps past it.
+    std::string Take(size_t nEnd)
+    {
+        const size_t nStop = nEnd == std::string::npos ? m_xml.size() : nEnd;
+        std::string text = m_xml.substr(m_nPos, nStop - m_nPos);
+        m_nPos = nStop;
+        return text;
+    }
+
+    void Line(const std::string& text)
+    {
+        if (text.find_first_not_of(" \t\r\n") != std::string::npos)
+            m_out += std::string(2 * (m_nBase + m_nDepth), ' ') + text + "\n";
+    }
+
+    const std::string& m_xml;
+    const unsigned m_nBase;
+    size_t m_nPos = 0;
+    unsigned m_nDepth = 0;
+    std::string m_out;
+};
+
+} // namespace
+
+std::string IndentXml(const std::string& xml, unsigned nIndent)
+{
+    return CIndenter(xml, nIndent).Render();
+}

@@ -1,0 +1,11 @@
+// Texts between the command line (UTF-8) and the platform (UTF-16), and documents made readable.
+#pragma once
+
+#include <string>
+
+std::wstring Utf8ToWide(const std::string& text);
+std::string WideToUtf8(const std::wstring& text);
+
+/// Breaks a document that was written without white space into indented lines; what a CDATA section holds is unfolded
+/// as a document of its own. Meant for reading, not for parsing: a text that is no XML comes out as it is.
+std::string IndentXml(const std::string& xml, unsigned nIndent = 0);

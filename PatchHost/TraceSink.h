@@ -1,0 +1,25 @@
+// The host's log: the adapter's lines on standard error, as far as they are wanted.
+#pragma once
+
+#include "PatchAdapterApi.h"
+
+#include <cstdarg>
+
+/// Writes each line of the kinds up to a level to standard error. Any thread may write.
+class CTraceSink : public ILogSink
+{
+public:
+    /// @param nLevel  the last kind that is shown: 0 errors alone, 4 everything; -1 nothing.
+    explicit CTraceSink(int nLevel) : m_nLevel(nLevel) {}
+
+    void LogError(const char* format, ...) override;
+    void LogWarning(const char* format, ...) override;
+    void LogInfo(const char* format, ...) override;
+    void LogDetail(const char* format, ...) override;
+    void LogTrace(const char* format, ...) override;
+
+private:
+    void Write(int nKind, const char* format, va_list arguments);
+
+    const int m_nLevel;
+};

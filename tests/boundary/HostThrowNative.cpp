@@ -1,0 +1,6 @@
+#include "Host.h"
+
+void ThrowAsHost()
+{
+    throw 5;
+}
