@@ -49,7 +49,8 @@ struct CAgentFault
     unsigned nCount = std::numeric_limits<unsigned>::max(); ///< how many calls in a row have it
     DWORD dwDelayMs = 0;                                    ///< the call takes this long, in milliseconds
     bool bDies = false;                                     ///< the service dies in the call, as by Die()
-    std::function<void()> action = {}; ///< run in the call on the client's thread; may throw, but for Create
+    std::function<void()>
+        action = {}; ///< run in the call on the client's thread; may throw, but not std::bad_alloc, nor for Create
     std::optional<CAgentErrorObject> errorObject = std::nullopt; ///< set only when the call fails
 };
 

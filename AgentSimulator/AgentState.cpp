@@ -194,10 +194,15 @@ std::vector<std::wstring> CAgentState::GetSettings() const
     return m_settings;
 }
 
-void CAgentState::Record(const CAgentCallRecord& record)
+// Without memory the call goes unrecorded: what it has done stays done.
+void CAgentState::Record(const CAgentCallRecord& record) noexcept
+try
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_calls.push_back(record);
+}
+catch (const std::bad_alloc&)
+{
 }
 
 std::vector<CAgentCallRecord> CAgentState::GetCalls() const

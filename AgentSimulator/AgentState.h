@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 
 /// Any thread may call any operation.
 class CAgentState : public std::enable_shared_from_this<CAgentState>
@@ -45,9 +46,17 @@ public:
     template <class Work>
     HRESULT RunCall(AgentCall call, LONG stateId, unsigned nLife, Work&& work)
     {
-        HRESULT hr = MeetFault(call, stateId);
-        if (SUCCEEDED(hr))
-            hr = IsConnected(nLife) ? work() : Disconnected(nLife);
+        HRESULT hr = S_OK;
+        try
+        {
+            hr = MeetFault(call, stateId);
+            if (SUCCEEDED(hr))
+                hr = IsConnected(nLife) ? work() : Disconnected(nLife);
+        }
+        catch (const std::bad_alloc&) // only what a fault's action throws may leave a COM call
+        {
+            hr = E_OUTOFMEMORY;
+        }
         Record({ call, stateId, hr, ::GetCurrentThreadId() });
         return hr;
     }
@@ -65,7 +74,7 @@ private:
     HRESULT MeetFault(AgentCall call, LONG stateId);
     bool IsConnected(unsigned nLife) const;
     static HRESULT Disconnected(unsigned nLife);
-    void Record(const CAgentCallRecord& record);
+    void Record(const CAgentCallRecord& record) noexcept;
     void CloseEvent();
 
     mutable std::mutex m_mutex; // guards all below

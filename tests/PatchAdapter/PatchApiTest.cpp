@@ -165,7 +165,7 @@ TEST_F(PatchApi, RefusedSettingsAreReportedWhole)
 TEST_F(PatchApi, AnyExceptionInsideIsReported)
 {
     ASSERT_TRUE(m_agent.PublishClass());
-    m_agent.AddFault({ AgentCall::SetState, S_OK, 0, 1, 1, 0, false, [] { throw std::bad_alloc(); } });
+    m_agent.AddFault({ AgentCall::SetState, S_OK, 0, 1, 1, 0, false, [] { throw std::runtime_error("x"); } });
     EXPECT_FALSE(SetPolicySettings(L"x"));
     EXPECT_EQ(ExceptionReport("Exception occurred applying policy settings"), Transcript());
     m_sink.Clear();
