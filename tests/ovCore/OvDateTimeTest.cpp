@@ -69,7 +69,7 @@ TEST(OvDateTime, EveryDayOfFourCenturiesComesBack)
         for (int nMonth = 1; nMonth <= 12; ++nMonth)
             for (int nDay = 1; nDay <= nMonthDays[nMonth - 1] + (bLeap && nMonth == 2 ? 1 : 0); ++nDay)
             {
-                char szExpected[40];
+                char szExpected[64];
                 std::snprintf(szExpected, sizeof(szExpected), "%04d-%02d-%02d %d %03d 23:59:58", nYear, nMonth, nDay,
                               nWeekday, ++nDayOfYear);
                 const COvDateTime date(

@@ -1,0 +1,112 @@
+// What the helpers do when the system's calls fail: the calls are replaced at link time.
+#include "ovCore/OvDynamicLib.h"
+#include "ovCore/OvFile.h"
+#include "ovCore/OvSystem.h"
+#include "ovCore/OvVersion.h"
+#include "ovCore/OvVersionResource.h"
+
+#include "Raised.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace
+{
+
+DWORD s_dwDirectoryLength = 0; // what the call for the current directory answers
+DWORD s_dwNameLength = 0;      // what the call for a module's name answers, at most its room
+bool s_bVersionFails = false;
+
+DWORD Fail(DWORD dwError)
+{
+    ::SetLastError(dwError);
+    return 0;
+}
+
+} // namespace
+
+extern "C"
+{
+    DWORD __wrap_GetCurrentDirectoryW(DWORD nUnits, LPWSTR szBuffer)
+    {
+        std::fill_n(szBuffer, std::min(nUnits, s_dwDirectoryLength), L'd');
+        return s_dwDirectoryLength != 0 ? s_dwDirectoryLength : Fail(ERROR_ACCESS_DENIED);
+    }
+
+    DWORD __wrap_GetModuleFileNameW(HMODULE, LPWSTR szBuffer, DWORD nUnits)
+    {
+        const DWORD dwLength = std::min(nUnits, s_dwNameLength);
+        std::fill_n(szBuffer, dwLength, L'n');
+        return dwLength;
+    }
+
+    HANDLE __wrap_CreateFileW(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
+    {
+        return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); // something to close
+    }
+
+    DWORD __wrap_GetFileVersionInfoSizeW(LPCWSTR, LPDWORD)
+    {
+        return 100;
+    }
+
+    BOOL __wrap_GetFileVersionInfoW(LPCWSTR, DWORD, DWORD, LPVOID)
+    {
+        return s_bVersionFails ? static_cast<BOOL>(Fail(ERROR_SHARING_VIOLATION)) : TRUE;
+    }
+
+    BOOL __wrap_VerQueryValueW(LPCVOID, LPCWSTR szSubBlock, LPVOID* ppValue, UINT* pnLength)
+    {
+        static wchar_t s_value[] = L"value";
+        const bool bEmpty = std::wstring(szSubBlock) == L"empty";
+        *ppValue = std::wstring(szSubBlock) == L"null" ? nullptr : s_value;
+        *pnLength = bEmpty ? 0 : 5;
+        return TRUE;
+    }
+}
+
+TEST(SystemFailure, ADirectoryThatDoesNotFitIsAFailure)
+{
+    const auto refusal = [](LONG lError) {
+        return L"0x80004005 OvSystem | Msg: A Win32 API call failed. | Method: ::GetCurrentDirectory | " +
+               ErrorItem(L"Win32 Error", lError);
+    };
+    s_dwDirectoryLength = 1023;
+    EXPECT_EQ(std::wstring(1023, L'd'), COvSystem::GetCurrentDirectoryW());
+    ::SetLastError(ERROR_SUCCESS);
+    s_dwDirectoryLength = 1024;
+    EXPECT_EQ(refusal(ERROR_SUCCESS), Raised([] { COvSystem::GetCurrentDirectoryW(); }));
+    s_dwDirectoryLength = 0;
+    EXPECT_EQ(refusal(ERROR_ACCESS_DENIED), Raised([] { COvSystem::GetCurrentDirectoryW(); }));
+    EXPECT_EQ(L"0x80004005 OvDynamicLib | Msg: A Win32 API call failed. | Method: LoadLibraryEx | " +
+                  ErrorItem(L"Win32 Error", ERROR_MOD_NOT_FOUND) + L" | m_wzFileNm: NoSuchLibrary.dll | tzCurrDir: ",
+              Raised([] { COvDynamicLib(L"NoSuchLibrary.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }));
+}
+
+TEST(SystemFailure, AModulesNameThatFillsTheBufferIsCut)
+{
+    s_dwNameLength = 1023;
+    EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
+    s_dwNameLength = 2000;
+    EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
+}
+
+TEST(SystemFailure, AVersionThatCannotBeReadIsRaisedAndForgotten)
+{
+    COvVersionResource resource;
+    s_bVersionFails = false;
+    ASSERT_TRUE(resource.Open(L"a"));
+    void* pValue = nullptr;
+    UINT nLength = 0;
+    EXPECT_TRUE(resource.Query(L"part", &pValue, &nLength));
+    EXPECT_FALSE(resource.Query(L"empty", &pValue, &nLength));
+    EXPECT_FALSE(resource.Query(L"null", &pValue, &nLength));
+    COvVersion version;
+    EXPECT_FALSE(resource.GetVersion(version)); // a part too short for the fixed information
+    s_bVersionFails = true;
+    EXPECT_EQ(L"0x80004005 OvVersionResource | Method: GetFileVersionInfo | " +
+                  ErrorItem(L"Win32 GetLastError", ERROR_SHARING_VIOLATION),
+              Raised([&] { resource.Open(L"a"); }));
+    EXPECT_FALSE(resource.Query(L"part", &pValue, &nLength));
+}
