@@ -77,10 +77,12 @@ void CPatchAdapter::SavePolicyRevId()
     key.SetValue(s_szRevisionName, m_wzRevId);
 }
 
+// Nothing is caught here. The call does not go through OvCallHost: an exception of the host's compiler passes through
+// to the host, which alone can take it; turned into one of ours it would find no handler.
 bool CPatchAdapter::GetConfiguration(IConfigurationReceiver* pReceiver)
 {
     const CPatchTraceScope scope(&m_Trace, s_szGetConfiguration);
     if (!RefuseNull(pReceiver, L"A null configuration receiver was passed", s_szGetConfiguration))
-        OvCallHost([&] { pReceiver->OnConfiguration(""); });
+        pReceiver->OnConfiguration("");
     return true;
 }
