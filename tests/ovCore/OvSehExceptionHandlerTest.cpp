@@ -1,0 +1,138 @@
+// The translator, called by hand.
+#include "ovCore/OvSehExceptionHandler.h"
+
+#include "DebuggerTexts.h"
+#include "Raised.h"
+
+#include <gtest/gtest.h>
+
+#include <cwchar>
+
+namespace
+{
+
+std::wstring Code(DWORD dwCode)
+{
+    return ErrorItem(L"SEH Exception", static_cast<LONG>(dwCode));
+}
+
+/// A description as the reports carry it: it was once broken into lines of 39 characters, two breaks at most.
+std::wstring Broken(std::wstring strSentence)
+{
+    for (const size_t nAt : { 78, 39 })
+        if (strSentence.size() > nAt)
+            strSentence.insert(nAt, L"\r ");
+    return strSentence;
+}
+
+/// The evidence of a translation, as stored and without the stack dump.
+std::wstring Translated(EXCEPTION_RECORD* pRecord)
+{
+    EXCEPTION_POINTERS pointers = { pRecord, nullptr };
+    try
+    {
+        SEHtoExceptionTranslation(7, &pointers);
+    }
+    catch (const COvException& e)
+    {
+        EXPECT_EQ(0xC000B02Fu, static_cast<DWORD>(e.GetCode()));
+        EXPECT_STREQ(L"OvSehExceptionHandler", e.GetFile());
+        const std::wstring strEvidence = e.GetEvidence(nullptr);
+        const std::wstring strDump = L"\rStack Dump: \r";
+        EXPECT_EQ(strEvidence.size(), strEvidence.rfind(strDump) + strDump.size());
+        return strEvidence.substr(0, strEvidence.rfind(strDump));
+    }
+}
+
+std::wstring TranslatedCode(DWORD dwCode)
+{
+    EXCEPTION_RECORD record = {};
+    record.ExceptionCode = dwCode;
+    return Translated(&record);
+}
+
+const std::wstring s_strItem = L"SEH Information: ";
+
+} // namespace
+
+TEST(OvSehExceptionHandler, ExplainsEachFault)
+{
+    const struct
+    {
+        DWORD dwCode;
+        const wchar_t* szSentence;
+    } rows[] = {
+        { 0xC0000005, L"The thread tried to read from or write to a virtual address for which it does not have the "
+                      L"appropriate access." },
+        { 0xC000008C, L"The thread tried to access an array element that is out of bounds and the underlying hardware "
+                      L"supports bounds checking." },
+        { 0x80000003, L"A breakpoint was encountered." },
+        { 0x80000002, L"The thread tried to read or write data that is misaligned on hardware that does not provide "
+                      L"alignment. For example, 16-bit values must be aligned on 2-byte boundaries; 32-bit values on "
+                      L"4-byte boundaries, and so on." },
+        { 0xC000008D, L"One of the operands in a floating-point operation is denormal. A denormal value is one that is "
+                      L"too small to represent as a standard floating-point value." },
+        { 0xC000008E, L"The thread tried to divide a floating-point value by a floating-point divisor of zero." },
+        { 0xC000008F, L"The result of a floating-point operation cannot be represented exactly as a decimal "
+                      L"fraction." },
+        { 0xC0000090, L"This exception represents any floating-point exception not included in this list." },
+        { 0xC0000091, L"The exponent of a floating-point operation is greater than the magnitude allowed by the "
+                      L"corresponding type." },
+        { 0xC0000092, L"The stack overflowed or underflowed as the result of a floating-point operation." },
+        { 0xC0000093, L"The exponent of a floating-point operation is less than the magnitude allowed by the "
+                      L"corresponding type." },
+        { 0xC000001D, L"The thread tried to execute an invalid instruction." },
+        { 0xC0000006, L"The thread tried to access a page that was not present, and the system was unable to load the "
+                      L"page. For example, this exception might occur if a network connection is lost while running a "
+                      L"program over the network." },
+        { 0xC0000094, L"The thread tried to divide an integer value by an integer divisor of zero." },
+        { 0xC0000095, L"The result of an integer operation caused a carry out of the most significant bit of the "
+                      L"result." },
+        { 0xC0000026, L"An exception handler returned an invalid disposition to the exception dispatcher. Programmers "
+                      L"using a high-level language such as C should never encounter this exception." },
+        { 0xC0000025, L"The thread tried to continue execution after a noncontinuable exception occurred." },
+        { 0xC0000096, L"The thread tried to execute an instruction whose operation is not allowed in the current "
+                      L"machine mode." },
+        { 0x80000004, L"A trace trap or other single-instruction mechanism signaled that one instruction has been "
+                      L"executed." },
+        { 0xC00000FD, L"The thread used up its stack." },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(s_strItem + Code(row.dwCode) + L"\r " + Broken(row.szSentence), TranslatedCode(row.dwCode))
+            << std::hex << row.dwCode;
+}
+
+TEST(OvSehExceptionHandler, NamesTheCodeOfWhatItDoesNotKnow)
+{
+    for (const DWORD dwCode : { 0xE0001234u, 0u, 0xFFFFFFFFu, 0xC0000004u, 0x40000005u })
+        EXPECT_EQ(s_strItem + Code(dwCode) + L"\r ", TranslatedCode(dwCode)) << std::hex << dwCode;
+}
+
+TEST(OvSehExceptionHandler, WalksNestedRecords)
+{
+    EXCEPTION_RECORD records[3] = {};
+    records[0].ExceptionCode = 0xC0000025;
+    records[0].ExceptionRecord = &records[1];
+    records[1].ExceptionCode = 0xE0001234;
+    records[1].ExceptionRecord = &records[2];
+    records[2].ExceptionCode = 0xC00000FD;
+    const std::wstring strFirst = TranslatedCode(0xC0000025).substr(s_strItem.size());
+    const std::wstring strLast = TranslatedCode(0xC00000FD).substr(s_strItem.size());
+    EXPECT_EQ(s_strItem + strFirst + Code(0xE0001234) + L"\r " + strLast, Translated(records));
+    EXPECT_EQ(s_strItem, Translated(nullptr)); // no record at all
+}
+
+TEST(OvSehExceptionHandler, GivesTheBareCodeWithoutRecords)
+{
+    for (const unsigned uCode : { 0u, 5u, 0xC0000005u })
+        EXPECT_EQ(L"0xc000b02f OvSehExceptionHandler | (unsigned long)uSEH: " + std::to_wstring(uCode),
+                  Raised([uCode] { SEHtoExceptionTranslation(uCode, nullptr); }));
+}
+
+TEST(OvSehExceptionHandler, TellsTheDebuggerFirst)
+{
+    CDebuggerTexts texts;
+    Raised([] { SEHtoExceptionTranslation(5, nullptr); });
+    const std::wstring strLine = L"SEH Exception trapped! TID:" + std::to_wstring(::GetCurrentThreadId()) + L"\r\n";
+    EXPECT_EQ(std::vector<std::wstring>({ strLine }), texts.Take());
+}

@@ -1,0 +1,111 @@
+#include "MachineFaults.h"
+
+#include <atomic>
+
+namespace
+{
+
+// What an optimizer must not know, so that it leaves the fault in place.
+volatile int s_nZero = 0;
+volatile bool s_bDeeper = true;
+volatile char* volatile s_pNowhere = reinterpret_cast<volatile char*>(8);
+void (*volatile s_pfnNowhere)() = nullptr;
+
+std::atomic<unsigned> s_nCleanUps{ 0 };
+
+struct CCleanUp
+{
+    ~CCleanUp() { ++s_nCleanUps; }
+};
+
+// The fault itself lies in a function without a handler: what a compiler takes for a statement that cannot throw is not
+// in the tables of the function that holds it.
+#define FAULTING __attribute__((noinline, no_sanitize("undefined")))
+
+FAULTING void Write()
+{
+    *s_pNowhere = 'w';
+}
+
+FAULTING void Call()
+{
+    s_pfnNowhere();
+    asm volatile(""); // no tail call
+}
+
+FAULTING void Divide()
+{
+    s_nZero = 7 / s_nZero;
+}
+
+FAULTING void DivideFloating()
+{
+    unsigned short nSaved;
+    asm volatile("fnstcw %0" : "=m"(nSaved));
+    const unsigned short nUnmasked = nSaved & 0xFFFB; // division by zero is told
+    asm volatile("fldcw %0; fld1; fldz; fdivrp; fwait" : : "m"(nUnmasked));
+    asm volatile("fstp %st(0)");
+}
+
+FAULTING void Undefined()
+{
+    asm volatile("ud2");
+}
+
+FAULTING void Break()
+{
+    asm volatile("int3");
+}
+
+FAULTING void Halt()
+{
+    asm volatile("hlt");
+}
+
+FAULTING int RunAway(int n)
+{
+    const CCleanUp cleanUp;
+    volatile char frame[200];
+    frame[n % 200] = 1;
+    return s_bDeeper ? RunAway(n + 1) + frame[0] : 0;
+}
+
+FAULTING void RunAwayFromHere()
+{
+    RunAway(0);
+}
+
+template <void (*pfnFault)()>
+void Meet()
+{
+    const CCleanUp cleanUp;
+    pfnFault();
+}
+
+} // namespace
+
+FAULTING void ReadNowhere()
+{
+    static_cast<void>(*s_pNowhere);
+}
+
+const std::vector<CMachineFault>& MachineFaults()
+{
+    static const std::vector<CMachineFault> s_faults = {
+        { "read", EXCEPTION_ACCESS_VIOLATION, Meet<ReadNowhere> },
+        { "write", EXCEPTION_ACCESS_VIOLATION, Meet<Write> },
+        { "call", EXCEPTION_ACCESS_VIOLATION, Meet<Call> },
+        { "integer division", EXCEPTION_INT_DIVIDE_BY_ZERO, Meet<Divide> },
+        { "floating division", EXCEPTION_FLT_DIVIDE_BY_ZERO, Meet<DivideFloating> },
+        { "undefined instruction", EXCEPTION_ILLEGAL_INSTRUCTION, Meet<Undefined> },
+        { "privileged instruction", EXCEPTION_PRIV_INSTRUCTION, Meet<Halt> },
+        { "breakpoint", EXCEPTION_BREAKPOINT, Meet<Break> },
+        { "recursion", EXCEPTION_STACK_OVERFLOW, Meet<RunAwayFromHere> },
+    };
+    return s_faults;
+}
+
+unsigned FaultCleanUps()
+{
+    return s_nCleanUps;
+}
