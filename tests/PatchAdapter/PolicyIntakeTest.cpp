@@ -74,3 +74,33 @@ TEST_F(PolicyIntake, WithoutMemoryThePolicyIsAppliedOrRefusedAndNothingIsLeftBeh
         EXPECT_TRUE(bReached || stored == L"new");
     }
 }
+
+TEST_F(PolicyIntake, AHugePolicyIsAppliedOrRefusedWithALine)
+{
+    const std::string applied = "2 Info Msg: Configuration successfully applied\n";
+    const auto repeated = [](const std::string& text, size_t nTimes) {
+        std::string result;
+        for (size_t n = 0; n < nTimes; ++n)
+            result += text;
+        return result;
+    };
+    const struct
+    {
+        std::string configuration;
+        bool bMustApply;
+    } rows[] = {
+        { "<serverKey>" + std::string(10000000, 'k') + "</serverKey>", false },
+        { repeated("<x/>", 100000), true },
+        { repeated("<x>", 10000) + repeated("</x>", 10000), false },
+    };
+    for (const auto& row : rows)
+    {
+        m_sink.Clear();
+        Adapter().SetConfiguration(PolicyConfiguring(row.configuration).c_str());
+        const std::string transcript = m_sink.OfThread();
+        const bool bApplied = transcript.find(applied) != std::string::npos;
+        const bool bRefused = transcript.find("\n0 Error: ") != std::string::npos;
+        EXPECT_NE(bApplied, bRefused) << transcript.substr(0, 200);
+        EXPECT_TRUE(bApplied || !row.bMustApply);
+    }
+}
