@@ -20,7 +20,8 @@ if(WIN32)
         -static -static-libgcc -static-libstdc++
         -Wl,--dynamicbase -Wl,--nxcompat -Wl,--no-insert-timestamp -Wl,--disable-auto-image-base)
 else()
-    target_compile_options(ovOptions INTERFACE -fvisibility=hidden -fvisibility-inlines-hidden)
+    # A unique symbol would keep a plug-in in the process for ever.
+    target_compile_options(ovOptions INTERFACE -fvisibility=hidden -fvisibility-inlines-hidden -fno-gnu-unique)
     target_link_options(ovOptions INTERFACE -Wl,-z,relro,-z,now -Wl,--no-undefined)
 endif()
 
