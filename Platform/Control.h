@@ -26,7 +26,7 @@ OVPLATFORM_API void SetTimeScale(unsigned nDivisor);
 /// Keeps the registry in a database file from now on, which is made when first written to. Keys that are open stay keys
 /// of the registry that they were opened in. Without a call it is the file that the environment variable
 /// OVPLATFORM_REGISTRY names, else pyx-patch-adapter/registry.db in $XDG_STATE_HOME or in ~/.local/state.
-/// @param szPath  copied; missing folders are made with the file.
+/// @param szPath  copied; missing folders are made with the file. Null: as without a call.
 OVPLATFORM_API void SetRegistryFile(const char* szPath);
 
 /// Gives the process a new, empty registry in memory, as OVPLATFORM_REGISTRY=:memory: does.

@@ -237,7 +237,7 @@ namespace OvPlatform
 
 void SetRegistryFile(const char* szPath)
 {
-    CurrentStore().Set(std::make_shared<CRegistryStore>(szPath));
+    CurrentStore().Set(szPath ? std::make_shared<CRegistryStore>(szPath) : nullptr);
 }
 
 void SetRegistryInMemory()

@@ -1,0 +1,350 @@
+// The registry's file: what outlives a process, and what happens when it is damaged or shared.
+#include "OvPlatform.h"
+#include "Platform/Control.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+constexpr wchar_t s_szKey[] = L"SOFTWARE\\OvFileTest";
+
+using CBytes = std::vector<BYTE>;
+
+LSTATUS Write(const wchar_t* szName, const CBytes& data, const wchar_t* szKey = s_szKey)
+{
+    HKEY hKey = nullptr;
+    LSTATUS lResult =
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr);
+    if (lResult != ERROR_SUCCESS)
+        return lResult;
+    lResult = RegSetValueExW(hKey, szName, 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size()));
+    RegCloseKey(hKey);
+    return lResult;
+}
+
+LSTATUS Read(const wchar_t* szName, CBytes& data, const wchar_t* szKey = s_szKey)
+{
+    HKEY hKey = nullptr;
+    LSTATUS lResult = RegOpenKeyExW(HKEY_LOCAL_MACHINE, szKey, 0, KEY_READ, &hKey);
+    if (lResult != ERROR_SUCCESS)
+        return lResult;
+    data.resize(100000);
+    auto cb = static_cast<DWORD>(data.size());
+    lResult = RegQueryValueExW(hKey, szName, nullptr, nullptr, data.data(), &cb);
+    data.resize(lResult == ERROR_SUCCESS ? cb : 0);
+    RegCloseKey(hKey);
+    return lResult;
+}
+
+CBytes ReadBytes(const wchar_t* szName)
+{
+    CBytes data;
+    EXPECT_EQ(ERROR_SUCCESS, Read(szName, data)) << testing::PrintToString(szName);
+    return data;
+}
+
+/// A value of several database pages that tells where it was cut.
+CBytes Numbered(unsigned n)
+{
+    CBytes data(20000 + n % 7 * 1000);
+    for (size_t i = 0; i < data.size(); i += sizeof n)
+        std::memcpy(&data[i], &n, sizeof n);
+    return data;
+}
+
+/// The number that the whole value was made from.
+unsigned NumberOf(const CBytes& data)
+{
+    unsigned n = 0;
+    EXPECT_LE(sizeof n, data.size());
+    std::memcpy(&n, data.data(), std::min(sizeof n, data.size()));
+    EXPECT_EQ(Numbered(n), data) << "half of one value";
+    return n;
+}
+
+/// A registry in a file of a folder that goes with the test.
+class RegistryFile : public testing::Test
+{
+protected:
+    RegistryFile()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "ovregistry-XXXXXX").string();
+        EXPECT_TRUE(mkdtemp(name.data()));
+        m_folder = name;
+        Use();
+    }
+
+    ~RegistryFile() override
+    {
+        OvPlatform::SetRegistryInMemory();
+        std::filesystem::remove_all(m_folder);
+    }
+
+    std::string File() const { return (m_folder / "registry.db").string(); }
+
+    /// Opens the file anew, as another process would.
+    void Use() const { OvPlatform::SetRegistryFile(File().c_str()); }
+
+    /// Runs the work in a child process, which has the file to itself until it opens it.
+    pid_t Spawn(const std::function<void()>& work) const
+    {
+        OvPlatform::SetRegistryInMemory(); // no connection may be open across a fork
+        const pid_t child = fork();
+        if (child != 0)
+            return child;
+        Use();
+        work();
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+
+    std::filesystem::path m_folder;
+};
+
+int ExitCodeOf(pid_t child)
+{
+    int nStatus = 0;
+    EXPECT_EQ(child, waitpid(child, &nStatus, 0));
+    return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -WTERMSIG(nStatus);
+}
+
+/// Writes one numbered value after the other, and tells each number that is safe.
+[[noreturn]] void WriteForEver(int nPipe, unsigned nFirst)
+{
+    for (unsigned n = nFirst;; ++n)
+        if (Write(L"v", Numbered(n)) != ERROR_SUCCESS || write(nPipe, &n, sizeof n) != sizeof n)
+            _exit(1);
+}
+
+/// Lets the child write nValues values, kills it, and gives the last number that it told.
+unsigned KillAfter(pid_t child, int nPipe, unsigned nValues)
+{
+    unsigned n = 0;
+    unsigned nTold = 0;
+    for (unsigned i = 0; i < nValues && read(nPipe, &n, sizeof n) == sizeof n; ++i)
+        nTold = n;
+    kill(child, SIGKILL);
+    EXPECT_EQ(-SIGKILL, ExitCodeOf(child));
+    while (read(nPipe, &n, sizeof n) == sizeof n) // told before the end came
+        nTold = n;
+    return nTold;
+}
+
+} // namespace
+
+TEST_F(RegistryFile, OutlivesTheProcess)
+{
+    EXPECT_EQ(0, ExitCodeOf(Spawn([] {
+                  EXPECT_EQ(ERROR_SUCCESS, Write(L"Name", { 1, 2, 3 }));
+                  HKEY hVolatile = nullptr;
+                  EXPECT_EQ(ERROR_SUCCESS,
+                            RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OvVolatile", 0, nullptr,
+                                            REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &hVolatile, nullptr));
+              })));
+    Use();
+    EXPECT_EQ((CBytes{ 1, 2, 3 }), ReadBytes(L"NAME"));
+    CBytes none;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(L"v", none, L"SOFTWARE\\OvVolatile"));
+}
+
+TEST_F(RegistryFile, KeepsEachValueOldOrNewThroughAKill)
+{
+    const unsigned nSeed = std::random_device()();
+    std::mt19937 random(nSeed);
+    unsigned nNext = 1;
+    for (int nRound = 0; nRound < 20; ++nRound)
+    {
+        int pipeEnds[2];
+        ASSERT_EQ(0, pipe(pipeEnds));
+        const pid_t child = Spawn([&] {
+            close(pipeEnds[0]);
+            WriteForEver(pipeEnds[1], nNext);
+        });
+        close(pipeEnds[1]);
+        const unsigned nTold = KillAfter(child, pipeEnds[0], 1 + random() % 8);
+        close(pipeEnds[0]);
+        Use();
+        const unsigned nStored = NumberOf(ReadBytes(L"v"));
+        EXPECT_GE(nStored, nTold) << "lost what was told as written, seed " << nSeed;
+        EXPECT_LE(nStored, nTold + 1) << "seed " << nSeed;
+        nNext = nStored + 1;
+    }
+}
+
+TEST_F(RegistryFile, ServesSeveralProcessesAndThreads)
+{
+    constexpr int Writers = 3;
+    constexpr BYTE Values = 10;
+    const auto writeAll = [](int nWriter) {
+        const std::wstring name = L"v" + std::to_wstring(nWriter);
+        const std::wstring key = std::wstring(s_szKey) + L"\\" + name;
+        for (BYTE n = 1; n <= Values; ++n)
+        {
+            EXPECT_EQ(ERROR_SUCCESS, Write(name.c_str(), { n }));
+            EXPECT_EQ(ERROR_SUCCESS, Write(L"last", { n }, key.c_str()));
+            EXPECT_EQ(CBytes{ n }, ReadBytes(name.c_str()));
+        }
+    };
+    std::vector<pid_t> children;
+    for (int i = 0; i < Writers; ++i)
+        children.push_back(Spawn([&] { writeAll(i); }));
+    Use();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < Writers; ++i)
+        threads.emplace_back(writeAll, Writers + i);
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const pid_t child : children)
+        EXPECT_EQ(0, ExitCodeOf(child));
+    for (int i = 0; i < 2 * Writers; ++i)
+        EXPECT_EQ(CBytes{ Values }, ReadBytes((L"v" + std::to_wstring(i)).c_str()));
+}
+
+TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
+{
+    ASSERT_EQ(ERROR_SUCCESS, Write(L"v", Numbered(1)));
+    OvPlatform::SetRegistryInMemory();
+    const auto damage = [this](std::streamoff nAt, size_t nLength) {
+        std::fstream file(File(), std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(nAt);
+        file << std::string(nLength, '\x5A');
+    };
+    const std::string folder = m_folder.string();
+    const struct
+    {
+        std::string file;
+        std::function<void()> prepare;
+        LSTATUS lRead;
+        LSTATUS lWrite;
+    } rows[] = {
+        { folder, [] {}, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED },
+        { "/proc/none/registry.db", [] {}, ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED },
+        { folder + "/other.db",
+          [&] { std::ofstream(folder + "/other.db") << "no database, but a text of some length"; },
+          ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
+        { File(), [&] { damage(4096, 100000); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
+        { File(), [&] { std::filesystem::resize_file(File(), 5000); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
+        { File(), [&] { damage(0, 100); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
+    };
+    for (const auto& row : rows)
+    {
+        row.prepare();
+        OvPlatform::SetRegistryFile(row.file.c_str());
+        CBytes data;
+        EXPECT_EQ(row.lRead, Read(L"v", data)) << row.file;
+        EXPECT_EQ(row.lWrite, Write(L"v", { 1 })) << row.file;
+        OvPlatform::SetRegistryInMemory();
+    }
+}
+
+TEST_F(RegistryFile, IsMadeByTheFirstWriteOnly)
+{
+    OvPlatform::SetRegistryFile((m_folder / "a" / "b" / "registry.db").c_str());
+    CBytes data;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(L"v", data));
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder));
+    EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 }));
+    EXPECT_TRUE(std::filesystem::exists(m_folder / "a" / "b" / "registry.db"));
+}
+
+TEST_F(RegistryFile, LiesWhereTheEnvironmentSays)
+{
+    const struct
+    {
+        const char* szVariable;
+        const char* szValue; // below the folder
+        const char* szFile;
+    } rows[] = {
+        { "HOME", "/home", "home/.local/state/pyx-patch-adapter/registry.db" },
+        { "XDG_STATE_HOME", "/state", "state/pyx-patch-adapter/registry.db" },
+        { "OVPLATFORM_REGISTRY", "/own.db", "own.db" },
+    };
+    for (const char* szVariable : { "XDG_STATE_HOME", "OVPLATFORM_REGISTRY" })
+        unsetenv(szVariable);
+    for (const auto& row : rows)
+    {
+        setenv(row.szVariable, (m_folder.string() + row.szValue).c_str(), 1);
+        OvPlatform::SetRegistryFile(nullptr);
+        EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 })) << row.szVariable;
+        EXPECT_TRUE(std::filesystem::exists(m_folder / row.szFile)) << row.szVariable;
+    }
+    setenv("OVPLATFORM_REGISTRY", ":memory:", 1);
+    OvPlatform::SetRegistryFile(nullptr);
+    CBytes data;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(L"v", data));
+}
+
+TEST_F(RegistryFile, OpenKeysKeepTheirRegistry)
+{
+    HKEY hKey = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr));
+    OvPlatform::SetRegistryInMemory();
+    const BYTE value = 5;
+    EXPECT_EQ(ERROR_SUCCESS, RegSetValueExW(hKey, L"v", 0, REG_BINARY, &value, 1));
+    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(hKey));
+    CBytes data;
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(L"v", data));
+    Use();
+    EXPECT_EQ(CBytes{ 5 }, ReadBytes(L"v"));
+}
+
+TEST_F(RegistryFile, HasThePredefinedKeysFromTheStart)
+{
+    const struct
+    {
+        HKEY hRoot;
+        std::wstring subKey;
+        REGSAM samDesired;
+        LSTATUS lResult;
+    } rows[] = {
+        { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ, ERROR_SUCCESS },
+        { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ | KEY_WOW64_32KEY, ERROR_SUCCESS },
+        { HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes", KEY_READ, ERROR_SUCCESS },
+        { HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet", KEY_READ, ERROR_SUCCESS },
+        { HKEY_USERS, L".DEFAULT", KEY_READ, ERROR_SUCCESS },
+        { HKEY_USERS, L"S-1-22-1-" + std::to_wstring(geteuid()), KEY_READ, ERROR_SUCCESS },
+        { HKEY_DYN_DATA, L"x", KEY_READ, ERROR_INVALID_HANDLE },
+        { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ | KEY_WOW64_32KEY | KEY_WOW64_64KEY, ERROR_INVALID_PARAMETER },
+    };
+    for (const auto& row : rows)
+    {
+        HKEY hKey = nullptr;
+        EXPECT_EQ(row.lResult, RegOpenKeyExW(row.hRoot, row.subKey.c_str(), 0, row.samDesired, &hKey))
+            << testing::PrintToString(row.subKey);
+        if (hKey)
+            RegCloseKey(hKey);
+    }
+    const struct
+    {
+        HKEY hRoot;
+        HKEY hSame;
+        std::wstring prefix;
+    } aliases[] = {
+        { HKEY_CURRENT_USER, HKEY_USERS, L"S-1-22-1-" + std::to_wstring(geteuid()) + L"\\" },
+        { HKEY_CLASSES_ROOT, HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" },
+        { HKEY_CURRENT_CONFIG, HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\" },
+    };
+    for (const auto& row : aliases)
+    {
+        HKEY hKey = nullptr;
+        EXPECT_EQ(ERROR_SUCCESS,
+                  RegCreateKeyExW(row.hRoot, L"OvAlias", 0, nullptr, 0, KEY_READ, nullptr, &hKey, nullptr));
+        RegCloseKey(hKey);
+        EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(row.hSame, (row.prefix + L"OvAlias").c_str(), 0, KEY_READ, &hKey));
+        RegCloseKey(hKey);
+    }
+}
