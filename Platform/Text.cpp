@@ -1,0 +1,42 @@
+#include "Text.h"
+
+#include "Utf8.h"
+
+#include <algorithm>
+
+namespace OvPlatform
+{
+
+namespace
+{
+
+wchar_t LowerAscii(wchar_t c)
+{
+    return c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c;
+}
+
+} // namespace
+
+std::string Utf8FromWide(std::wstring_view text)
+{
+    std::string bytes;
+    bytes.reserve(text.size());
+    EncodeUtf8(text, [&](char c) { bytes += c; });
+    return bytes;
+}
+
+std::wstring WideFromUtf8(std::string_view text)
+{
+    std::wstring units;
+    units.reserve(text.size());
+    DecodeUtf8(text, [&](wchar_t nUnit) { units += nUnit; });
+    return units;
+}
+
+bool EqualsNoCase(std::wstring_view a, std::wstring_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](wchar_t x, wchar_t y) { return LowerAscii(x) == LowerAscii(y); });
+}
+
+} // namespace OvPlatform
