@@ -2,17 +2,29 @@
 
 #include <cstdio>
 
-std::string ErrorCodeText(LONG lCode)
+namespace
 {
-    wchar_t szMessage[1024] = {};
-    DWORD dwLength = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                      static_cast<DWORD>(lCode), 0x400, szMessage, 1024, nullptr);
+
+// The messages in question are ASCII.
+std::string SystemMessage(LONG lCode)
+{
+    wchar_t* szMessage = nullptr;
+    DWORD dwLength =
+        ::FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM,
+                         nullptr, static_cast<DWORD>(lCode), 0x400, reinterpret_cast<LPWSTR>(&szMessage), 0, nullptr);
     while (dwLength > 0 && (szMessage[dwLength - 1] == L'\r' || szMessage[dwLength - 1] == L'\n'))
         --dwLength;
+    const std::string message(szMessage, szMessage + dwLength);
+    ::LocalFree(szMessage);
+    return message;
+}
+
+} // namespace
+
+std::string ErrorCodeText(LONG lCode)
+{
     char szCode[16] = {};
     std::snprintf(szCode, sizeof szCode, "0x%x", static_cast<unsigned>(lCode));
-    std::string text = szCode;
-    if (dwLength > 0)
-        text += " " + std::string(szMessage, szMessage + dwLength); // the messages in question are ASCII
-    return text;
+    const std::string message = SystemMessage(lCode);
+    return message.empty() ? szCode : szCode + (" " + message);
 }
