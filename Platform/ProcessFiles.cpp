@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <memory>
 #include <sstream>
 #include <sys/types.h>
 #include <unistd.h>
@@ -124,6 +126,28 @@ std::vector<CProcessModule> ReadModules(const CProcessFiles& files)
     const auto isExecutable = [&](const CProcessModule& module) { return module.path == executable; };
     const auto others = std::stable_partition(modules.begin(), modules.end(), isExecutable);
     return others == modules.begin() ? std::vector<CProcessModule>() : modules;
+}
+
+std::vector<DWORD> ProcessIds()
+{
+    std::vector<DWORD> ids;
+    const std::unique_ptr<DIR, int (*)(DIR*)> pFolder(opendir("/proc"), &closedir);
+    while (const dirent* pEntry = pFolder ? readdir(pFolder.get()) : nullptr)
+        if (const unsigned long nId = std::strtoul(pEntry->d_name, nullptr, 10); nId != 0)
+            ids.push_back(static_cast<DWORD>(nId));
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+std::string FileName(const std::string& path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string ImageName(const CProcessFiles& files, const CProcessStatus& status)
+{
+    const std::string path = files.ExecutablePath();
+    return path.empty() ? status.name : FileName(path);
 }
 
 } // namespace OvPlatform

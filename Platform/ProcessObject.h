@@ -46,6 +46,14 @@ struct CProcessStatus
 /// False when the process has ended.
 bool ReadStatus(const CProcessFiles& files, CProcessStatus& status);
 
+/// The ids of all processes, the smallest first.
+std::vector<DWORD> ProcessIds();
+
+std::string FileName(const std::string& path);
+
+/// The executable's file name, or what the host system calls a process without one.
+std::string ImageName(const CProcessFiles& files, const CProcessStatus& status);
+
 /// A file that a process has mapped.
 struct CProcessModule
 {
