@@ -1,0 +1,83 @@
+#include "DomFeed.h"
+
+#include "Utf8.h"
+
+namespace OvPlatform::Dom
+{
+
+namespace
+{
+
+struct CCharacter
+{
+    uint32_t m_nValue;
+    size_t m_nUnits;
+};
+
+/// The library takes a NUL for the end of the text, so that a NUL becomes another character that XML forbids. A lone
+/// surrogate stays what it is: the library refuses it.
+CCharacter CharacterAt(std::wstring_view text, size_t nAt)
+{
+    constexpr uint32_t nForbidden = 1;
+    const wchar_t unit = text[nAt];
+    if (unit <= L'\0' || unit > L'\xFFFF')
+        return { nForbidden, 1 };
+    if (IsHighSurrogate(unit) && nAt + 1 < text.size() && IsLowSurrogate(text[nAt + 1]))
+        return { 0x10000u + ((static_cast<uint32_t>(unit) & 0x3FFu) << 10) +
+                     (static_cast<uint32_t>(text[nAt + 1]) & 0x3FFu),
+                 2 };
+    return { static_cast<uint32_t>(unit), 1 };
+}
+
+int Utf8Size(uint32_t nValue)
+{
+    return nValue < 0x80 ? 1 : nValue < 0x800 ? 2 : nValue < 0x10000 ? 3 : 4;
+}
+
+void WriteUtf8(char* pOut, uint32_t nValue, int nSize)
+{
+    static constexpr uint32_t s_firstByte[] = { 0, 0x00, 0xC0, 0xE0, 0xF0 };
+    for (int i = nSize - 1; i > 0; --i, nValue >>= 6)
+        pOut[i] = static_cast<char>(0x80u | (nValue & 0x3Fu));
+    pOut[0] = static_cast<char>(s_firstByte[nSize] | nValue);
+}
+
+} // namespace
+
+int CFeed::Read(char* pBuffer, int nRoom)
+{
+    constexpr int nLongest = 4;
+    int nWritten = 0;
+    while (!m_bStopped && m_nNext < m_text.size() && nRoom - nWritten >= nLongest)
+    {
+        if (!m_meter.Take(m_text[m_nNext]))
+        {
+            m_bTooManyAttributes = true;
+            m_bStopped = true;
+            return 0;
+        }
+        const CCharacter character = CharacterAt(m_text, m_nNext);
+        const int nSize = Utf8Size(character.m_nValue);
+        WriteUtf8(pBuffer + nWritten, character.m_nValue, nSize);
+        nWritten += nSize;
+        m_nNext += character.m_nUnits;
+    }
+    return m_bStopped ? 0 : nWritten;
+}
+
+size_t CFeed::PositionOfByte(unsigned long nBytes) const
+{
+    size_t nAt = 0;
+    while (nAt < m_text.size())
+    {
+        const CCharacter character = CharacterAt(m_text, nAt);
+        const unsigned long nSize = static_cast<unsigned long>(Utf8Size(character.m_nValue));
+        if (nBytes < nSize)
+            break;
+        nBytes -= nSize;
+        nAt += character.m_nUnits;
+    }
+    return nAt;
+}
+
+} // namespace OvPlatform::Dom
