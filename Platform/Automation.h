@@ -224,8 +224,7 @@ public:
     _variant_t(double dblSrc) noexcept;
     _variant_t(bool boolSrc) noexcept;
     _variant_t(const wchar_t* pSrc);
-    _variant_t(IUnknown* pSrc, bool fAddRef = true) noexcept;
-    _variant_t(const char*) = delete; // would have to guess a code page
+    _variant_t(const void*) = delete; // narrow texts and objects have no constructor here; none may become a bool
     ~_variant_t();
 
     _variant_t& operator=(const VARIANT& varSrc);

@@ -120,14 +120,6 @@ _variant_t::_variant_t(const wchar_t* pSrc) : tagVARIANT()
     vt = VT_BSTR;
 }
 
-_variant_t::_variant_t(IUnknown* pSrc, bool fAddRef) noexcept : tagVARIANT()
-{
-    vt = VT_UNKNOWN;
-    punkVal = pSrc;
-    if (pSrc && fAddRef)
-        pSrc->AddRef();
-}
-
 _variant_t::~_variant_t()
 {
     VariantClear(this);

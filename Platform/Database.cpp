@@ -99,7 +99,10 @@ bool CStatement::Step()
 std::vector<BYTE> CStatement::Blob(int nColumn) const
 {
     const auto* pData = static_cast<const BYTE*>(sqlite3_column_blob(m_p.get(), nColumn));
-    return { pData, pData + sqlite3_column_bytes(m_p.get(), nColumn) };
+    const int nSize = sqlite3_column_bytes(m_p.get(), nColumn);
+    if (!pData && nSize != 0)
+        throw CRegistryError{ ERROR_OUTOFMEMORY };
+    return { pData, pData + nSize };
 }
 
 CTransaction::CTransaction(CDatabase& database) : m_database(database)
