@@ -60,8 +60,11 @@ constexpr CMessage Messages[] = {
     { 1004, L"Invalid flags." },
     { 1008, L"An attempt was made to reference a token that does not exist." },
     { 1010, L"The configuration registry key is invalid." },
-    { 1015, L"The registry is corrupted. The structure of one of the files containing registry data is corrupted, or the system's memory image of the file is corrupted, or the file could not be recovered because the alternate copy or log was absent or corrupted." },
-    { 1016, L"An I/O operation initiated by the registry failed unrecoverably. The registry could not read in, or write out, or flush, one of the files that contain the system's image of the registry." },
+    { 1015, L"The registry is corrupted. The structure of one of the files containing registry data is corrupted, or "
+            L"the system's memory image of the file is corrupted, or the file could not be recovered because the "
+            L"alternate copy or log was absent or corrupted." },
+    { 1016, L"An I/O operation initiated by the registry failed unrecoverably. The registry could not read in, or "
+            L"write out, or flush, one of the files that contain the system's image of the registry." },
     { 1018, L"Illegal operation attempted on a registry key that has been marked for deletion." },
     { 1021, L"Cannot create a stable subkey under a volatile parent key." },
     { 1113, L"No mapping for the Unicode character exists in the target multi-byte code page." },
