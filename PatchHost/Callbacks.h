@@ -10,7 +10,7 @@
 #include <string>
 
 /// Keeps the notifications in the order in which they came. The adapter calls it on any of its threads.
-class CStatusObserver : public IStateObserver
+class CStatusObserver final : public IStateObserver
 {
 public:
     CStatusObserver();
@@ -32,7 +32,7 @@ private:
 };
 
 /// Keeps the last answer to GetStatus.
-class CStatusReceiver : public IStatusReceiver
+class CStatusReceiver final : public IStatusReceiver
 {
 public:
     void OnStatus(const char* status) override { m_status = status; }

@@ -6,7 +6,7 @@
 #include <cstdarg>
 
 /// Writes each line of the kinds up to a level to standard error. Any thread may write.
-class CTraceSink : public ILogSink
+class CTraceSink final : public ILogSink
 {
 public:
     /// @param nLevel  the last kind that is shown: 0 errors alone, 4 everything; -1 nothing.
