@@ -14,8 +14,8 @@
 //
 // What differs from the platform's own DOM:
 // - A document type declaration is refused whatever "ProhibitDTD" says; nothing is ever fetched from outside the text.
-// - Refused with a parse error, so that a text of 1 MB is answered within a second whatever it holds: more than 2,000
-//   attributes in one start tag, more than 1,000 namespace declarations in scope at once, more than 256 levels, one
+// - Refused with a parse error, so that a text of 1 MB is answered within a second whatever it holds: more than 1,000
+//   attributes in one start tag, more than 500 namespace declarations in scope at once, more than 256 levels, one
 //   text of more than 10 MB (in UTF-8).
 // - Namespace declarations come before the other attributes of their element; the platform keeps the written order.
 // - The XML declaration is a processing instruction without an attribute map.
@@ -89,7 +89,8 @@ struct IXMLDOMNode : public IUnknown
     /// The first node of selectNodes; S_FALSE and null when it selects none.
     virtual HRESULT STDMETHODCALLTYPE selectSingleNode(BSTR queryString, IXMLDOMNode** resultNode) = 0;
 
-    /// The namespace of an element or attribute; S_FALSE and null without one, and for a namespace declaration.
+    /// The namespace of an element or attribute, "http://www.w3.org/2000/xmlns/" for a namespace declaration; S_FALSE
+    /// and null without one.
     virtual HRESULT STDMETHODCALLTYPE get_namespaceURI(BSTR* namespaceURI) = 0;
 
     /// S_FALSE and null without a prefix. The prefix of a namespace declaration is "xmlns", also without a colon.

@@ -36,6 +36,8 @@ public:
     CLibraryReports(const CLibraryReports&) = delete;
     CLibraryReports& operator=(const CLibraryReports&) = delete;
 
+    bool HasNoMemory() const { return m_bNoMemory; }
+
     /// Throws std::bad_alloc when the library has run out of memory since this began.
     void Check() const;
 

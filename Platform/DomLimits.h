@@ -8,11 +8,11 @@ namespace OvPlatform::Dom
 {
 
 /// Attributes in one start tag. libxml2 compares each with all before it, so that the time for a text goes with its
-/// size times this bound: at most 0.4 s for 1 MB; 13 s without it.
-constexpr size_t s_nMaxAttributes = 2000;
+/// size times this bound: about 0.4 s for 1 MB at worst; 13 s without it.
+constexpr size_t s_nMaxAttributes = 1000;
 
 /// Namespace declarations that are in scope at once. Each prefix is looked up among them.
-constexpr size_t s_nMaxNamespaces = 1000;
+constexpr size_t s_nMaxNamespaces = 500;
 
 /// Follows the markup of a text as far as is needed to count the attributes of each start tag, ahead of the parser,
 /// which calls back only when it has compared them. What this takes for a tag in a text that is not well-formed does

@@ -75,13 +75,14 @@ CDocOwner CParser::Run()
     pContext->sax->internalSubset = &OnDoctype;
     pContext->sax->startElementNs = &OnStartElement;
     CDocOwner spDoc(xmlCtxtReadIO(pContext, &OnRead, &OnClose, this, nullptr, nullptr, s_nOptions));
-    m_reports.Check();
+    if (!m_fault)
+        m_reports.Check();
     return spDoc;
 }
 
 void CParser::Refuse(CRawFault fault)
 {
-    if (!m_fault)
+    if (!m_fault && !m_reports.HasNoMemory())
         m_fault = std::move(fault);
     m_feed.Stop();
 }

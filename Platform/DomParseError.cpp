@@ -31,6 +31,7 @@ const CReason s_reasons[] = {
     { s_nTooManyAttributes, 0x80004005, L"A start tag has too many attributes." },
     { s_nTooManyNamespaces, 0x80004005, L"Too many namespace declarations are in scope." },
     { s_nTextTooLong, 0x80004005, L"A text is too long." },
+    { XML_ERR_INTERNAL_ERROR, 0x80004005, L"The text exceeds a limit of the parser." }, // its depth, for instance
     { XML_ERR_INVALID_CHAR, 0xC00CE508, L"An invalid character was found in text content." },
     { XML_ERR_ENTITYREF_SEMICOL_MISSING, 0xC00CE50D, L"A semi colon character was expected." },
     { XML_ERR_UNDECLARED_ENTITY, 0x80004005, L"Reference to undefined entity '{1}'." },
