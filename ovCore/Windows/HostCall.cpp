@@ -29,7 +29,7 @@ std::exception_ptr Translate(EXCEPTION_RECORD* pException, CONTEXT* pContext) no
 {
     if (pException->ExceptionCode == OvMsCppException)
         return std::make_exception_ptr(COvHostException());
-    const _se_translator_function pfnTranslator = OvClaimFault(pException->ExceptionCode);
+    const _se_translator_function pfnTranslator = OvTranslatorFor(pException->ExceptionCode);
     if (pfnTranslator == nullptr)
         return nullptr;
     try

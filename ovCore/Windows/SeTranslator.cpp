@@ -23,7 +23,6 @@ struct CThreadFaults
 
     _se_translator_function pfnTranslator = nullptr;
     const void* pNewestHandler = nullptr; // the thread's when the translator was set
-    bool bOverflowed = false;             // the stack has no guard
     CFaultFrame fault = {};               // on its way to the trampoline
 };
 
@@ -144,19 +143,15 @@ void Redirect(CFaultFrame& fault, CONTEXT& context)
     context.Eip = reinterpret_cast<DWORD>(&OvFaultTrampoline);
 }
 
-_se_translator_function Claim(CThreadFaults& faults, DWORD dwCode)
+_se_translator_function TranslatorFor(const CThreadFaults& faults, DWORD dwCode)
 {
-    if (!IsTranslated(dwCode))
-        return nullptr;
-    if (dwCode == EXCEPTION_STACK_OVERFLOW)
-        faults.bOverflowed = true;
-    return faults.pfnTranslator;
+    return IsTranslated(dwCode) ? faults.pfnTranslator : nullptr;
 }
 
 /// Takes the fault over from where it came. @return false when it is not for the translator.
 bool Take(CThreadFaults& faults, const EXCEPTION_RECORD& record, CONTEXT& context)
 {
-    if (HasInnerHandler(faults, context) || Claim(faults, record.ExceptionCode) == nullptr)
+    if (HasInnerHandler(faults, context) || TranslatorFor(faults, record.ExceptionCode) == nullptr)
         return false;
     faults.fault.record = record;
     faults.fault.context = context;
@@ -184,18 +179,17 @@ extern "C" void OvRunTranslator(CFaultFrame* pFrame)
     std::abort();
 }
 
-_se_translator_function OvClaimFault(DWORD dwCode) noexcept
+_se_translator_function OvTranslatorFor(DWORD dwCode) noexcept
 {
-    CThreadFaults* const pFaults = ThisThread();
-    return pFaults != nullptr ? Claim(*pFaults, dwCode) : nullptr;
+    const CThreadFaults* const pFaults = ThisThread();
+    return pFaults != nullptr ? TranslatorFor(*pFaults, dwCode) : nullptr;
 }
 
 _se_translator_function __cdecl _set_se_translator(_se_translator_function pNew)
 {
     static const CFaultHandler s_handler;
     thread_local CThreadFaults s_faults;
-    if (s_faults.bOverflowed && ::_resetstkoflw() != 0)
-        s_faults.bOverflowed = false;
+    ::_resetstkoflw(); // puts the guard where it leaves the reserve; it may be spent, or not yet know of the reserve
     s_faults.pNewestHandler = NewestHandler();
     const _se_translator_function pOld = s_faults.pfnTranslator;
     s_faults.pfnTranslator = pNew;

@@ -13,9 +13,21 @@ void (*volatile s_pfnNowhere)() = nullptr;
 
 std::atomic<unsigned> s_nCleanUps{ 0 };
 
-struct CCleanUp
+/// Counts, and puts back how floating-point faults are told.
+class CCleanUp
 {
-    ~CCleanUp() { ++s_nCleanUps; }
+public:
+    CCleanUp() { asm volatile("fnstcw %0" : "=m"(m_nControl)); }
+    ~CCleanUp()
+    {
+        asm volatile("fldcw %0" : : "m"(m_nControl));
+        ++s_nCleanUps;
+    }
+    CCleanUp(const CCleanUp&) = delete;
+    CCleanUp& operator=(const CCleanUp&) = delete;
+
+private:
+    unsigned short m_nControl;
 };
 
 // The fault itself lies in a function without a handler: what a compiler takes for a statement that cannot throw is not
@@ -40,11 +52,8 @@ FAULTING void Divide()
 
 FAULTING void DivideFloating()
 {
-    unsigned short nSaved;
-    asm volatile("fnstcw %0" : "=m"(nSaved));
-    const unsigned short nUnmasked = nSaved & 0xFFFB; // division by zero is told
-    asm volatile("fldcw %0; fld1; fldz; fdivrp; fwait" : : "m"(nUnmasked));
-    asm volatile("fstp %st(0)");
+    const unsigned short nDivisionTold = 0x037B;
+    asm volatile("fldcw %0; fld1; fldz; fdivrp; fwait; fstp %%st(0)" : : "m"(nDivisionTold));
 }
 
 FAULTING void Undefined()
