@@ -20,6 +20,10 @@ constexpr LONG s_nStateChanged = 1;        // what observers are told
 
 CMonitorThread::CMonitorThread() : COvThread(L"Patch PYX Adapter Monitor Thread", true)
 {
+    if (m_pStopEvent->GetHandle() == nullptr) // a thread that cannot be stopped would be waited for without end
+        throw COvException(E_FAIL, s_szSource, __LINE__,
+                           InfoMsg(L"Unable to create the stop event of the monitor thread") +
+                               FunctionName(L"CMonitorThread::CMonitorThread"));
     SetFlag(FLG_COM_MTA);
 }
 

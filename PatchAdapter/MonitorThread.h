@@ -15,6 +15,7 @@ class CPatchAdapter;
 class CMonitorThread final : public COvThread
 {
 public:
+    /// Raises E_FAIL when the stop event cannot be made.
     CMonitorThread();
 
     /// Binds the thread to the adapter and its trace. Once, before Start.
