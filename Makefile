@@ -4,9 +4,9 @@
 
 JOBS ?= $(shell nproc)
 
-# $(call build,PRESET): configures and builds a preset.
+# $(call build,PRESET[,TARGET]): configures a preset and builds it, or the one target.
 build = cmake --preset $(1) >build/$(1).configure.log || { cat build/$(1).configure.log; exit 1; }; \
-        cmake --build --preset $(1) --parallel $(JOBS)
+        cmake --build --preset $(1) --parallel $(JOBS) $(if $(2),--target $(2))
 
 help:  ## what can be made
 	@sed -n 's/^\([a-z-]*\):.*## /\1|/p' Makefile | awk -F'|' '{ printf "make %-14s %s\n", $$1, $$2 }'
@@ -16,7 +16,7 @@ setup-%:
 	@tools/setup $*
 
 run: setup-native  ## the main job on a sample policy, with a simulated service
-	@$(call build,native)
+	@$(call build,native,patchhost)
 	@tools/run-main-job native
 
 test: setup-native  ## the whole native suite
