@@ -66,6 +66,15 @@ bool ReadNodePath(const COvComPtr<IXMLDOMNode>& spNode, std::wstring& wzPath)
     return true;
 }
 
+/// The names alone: there are parsers that free an attribute which is removed, although its node is still held.
+std::vector<COvBstr> AttributeNames(const COvXmlNode& node)
+{
+    std::vector<COvBstr> names;
+    for (const COvXmlNode& attribute : node.SearchForNodes(COvBstr(L"@*").Get()))
+        names.push_back(attribute.GetNodeName());
+    return names;
+}
+
 const wchar_t* TextOf(BSTR str)
 {
     return str;
@@ -237,12 +246,9 @@ COvXmlNode COvXmlNode::CloneNodeElementOnly() const
 {
     COvStackTraceScope scope(L"COvXmlNode::CloneNodeElementOnly", s_szSource, __LINE__, COvStackTrace::Get());
     const COvXmlNode copy = Copy(CloneElementOnly);
-    for (const COvXmlNode& attribute : copy.SearchForNodes(COvBstr(L"@*").Get()))
-    {
-        const COvBstr strName = attribute.GetNodeName();
+    for (const COvBstr& strName : AttributeNames(copy))
         if (COvStringUtil::FromBSTR(strName) != L"xmlns")
             RemoveAttribute(copy, strName);
-    }
     return copy;
 }
 
