@@ -46,7 +46,8 @@ public:
     HRESULT STDMETHODCALLTYPE get_parseError(IXMLDOMParseError** errorObj) override
     {
         return Answer([&] {
-            Output(errorObj) = NewParseError(m_fault);
+            Output(errorObj);
+            *errorObj = NewParseError(m_fault);
             return S_OK;
         });
     }

@@ -45,13 +45,17 @@ public:
 
     HRESULT STDMETHODCALLTYPE get_parentNode(IXMLDOMNode** parent) override
     {
-        return Answer([&] { return GiveNode(ParentOf(*m_spTree, m_pNode), Output(parent)); });
+        return Answer([&] {
+            Output(parent);
+            return GiveNode(ParentOf(*m_spTree, m_pNode), *parent);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE get_childNodes(IXMLDOMNodeList** childList) override
     {
         return Answer([&] {
-            Output(childList) = NewNodeList(m_spTree, ChildrenOf(m_pNode));
+            Output(childList);
+            *childList = NewNodeList(m_spTree, ChildrenOf(m_pNode));
             return S_OK;
         });
     }
@@ -80,7 +84,8 @@ public:
     HRESULT STDMETHODCALLTYPE selectNodes(BSTR queryString, IXMLDOMNodeList** resultList) override
     {
         return Answer([&] {
-            Output(resultList) = NewNodeList(m_spTree, Select(*m_spTree, m_pNode, Input(queryString)));
+            Output(resultList);
+            *resultList = NewNodeList(m_spTree, Select(*m_spTree, m_pNode, Input(queryString)));
             return S_OK;
         });
     }
