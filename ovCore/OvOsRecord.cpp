@@ -170,12 +170,11 @@ bool ReadHalVersion(COvOsNumber& version)
     std::wstring strFolder;
     COvFile::GetFileNameParts(COvFile::GetModuleFileNameW(L"kernel32.dll"), &strFolder, nullptr, nullptr, nullptr);
     COvVersionResource resource;
-    void* pInfo = nullptr;
-    UINT nLength = 0;
-    if (!resource.Open(strFolder + L"\\HAL.DLL") || !resource.Query(L"\\", &pInfo, &nLength))
+    const bool bOpened = resource.Open(strFolder + L"\\HAL.DLL");
+    const VS_FIXEDFILEINFO* const pInfo = bOpened ? resource.FixedInfoOpt() : nullptr;
+    if (pInfo == nullptr)
         return false;
-    const VS_FIXEDFILEINFO& info = *static_cast<const VS_FIXEDFILEINFO*>(pInfo);
-    version = { HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS), HIWORD(info.dwFileVersionLS) };
+    version = { HIWORD(pInfo->dwFileVersionMS), LOWORD(pInfo->dwFileVersionMS), HIWORD(pInfo->dwFileVersionLS) };
     return true;
 }
 

@@ -46,14 +46,19 @@ bool COvVersionResource::Query(const wchar_t* subBlock, void** value, UINT* leng
            *length != 0;
 }
 
+const VS_FIXEDFILEINFO* COvVersionResource::FixedInfoOpt()
+{
+    COvStackTraceScope scope(L"COvVersionResource::FixedInfoOpt", s_szSource, __LINE__, COvStackTrace::Get());
+    void* pValue = nullptr;
+    UINT nLength = 0;
+    const bool bFound = Query(L"\\", &pValue, &nLength) && nLength >= sizeof(VS_FIXEDFILEINFO);
+    return bFound ? static_cast<const VS_FIXEDFILEINFO*>(pValue) : nullptr;
+}
+
 bool COvVersionResource::GetVersion(COvVersion& version)
 {
     COvStackTraceScope scope(L"COvVersionResource::GetVersion", s_szSource, __LINE__, COvStackTrace::Get());
     version.SetVersion(0, 0, 0, 0);
-    void* pValue = nullptr;
-    UINT nLength = 0;
-    if (!Query(L"\\", &pValue, &nLength) || nLength < sizeof(VS_FIXEDFILEINFO))
-        return false;
-    const VS_FIXEDFILEINFO& info = *static_cast<const VS_FIXEDFILEINFO*>(pValue);
-    return version.SetVersion(info.dwFileVersionMS, info.dwFileVersionLS);
+    const VS_FIXEDFILEINFO* const pInfo = FixedInfoOpt();
+    return pInfo != nullptr && version.SetVersion(pInfo->dwFileVersionMS, pInfo->dwFileVersionLS);
 }

@@ -33,6 +33,9 @@ public:
     /// @return false when nothing was read or the part does not exist or is empty.
     bool Query(const wchar_t* subBlock, void** value, UINT* length);
 
+    /// The fixed information, valid until the next Open or the object's end; null when there is none.
+    const VS_FIXEDFILEINFO* FixedInfoOpt();
+
     /// The file's version (not the product's), or 0.0.0.0 when false is returned.
     bool GetVersion(COvVersion& version);
 

@@ -1,11 +1,14 @@
 // What the helpers do when the system's calls fail: the calls are replaced at link time.
 #include "ovCore/OvDynamicLib.h"
 #include "ovCore/OvFile.h"
+#include "ovCore/OvOsRecord.h"
 #include "ovCore/OvSystem.h"
 #include "ovCore/OvVersion.h"
 #include "ovCore/OvVersionResource.h"
 
+#include "Platform/Control.h"
 #include "Raised.h"
+#include "ScratchRegistry.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +20,7 @@ namespace
 DWORD s_dwDirectoryLength = 0; // what the call for the current directory answers
 DWORD s_dwNameLength = 0;      // what the call for a module's name answers, at most its room
 bool s_bVersionFails = false;
+VS_FIXEDFILEINFO s_fixedInfo = {}; // what a file tells; its signature 0: nothing of its version
 
 DWORD Fail(DWORD dwError)
 {
@@ -59,6 +63,12 @@ extern "C"
     BOOL __wrap_VerQueryValueW(LPCVOID, LPCWSTR szSubBlock, LPVOID* ppValue, UINT* pnLength)
     {
         static wchar_t s_value[] = L"value";
+        if (std::wstring(szSubBlock) == L"\\" && s_fixedInfo.dwSignature != 0)
+        {
+            *ppValue = &s_fixedInfo;
+            *pnLength = sizeof(s_fixedInfo);
+            return TRUE;
+        }
         const bool bEmpty = std::wstring(szSubBlock) == L"empty";
         *ppValue = std::wstring(szSubBlock) == L"null" ? nullptr : s_value;
         *pnLength = bEmpty ? 0 : 5;
@@ -109,4 +119,36 @@ TEST(SystemFailure, AVersionThatCannotBeReadIsRaisedAndForgotten)
                   ErrorItem(L"Win32 GetLastError", ERROR_SHARING_VIOLATION),
               Raised([&] { resource.Open(L"a"); }));
     EXPECT_FALSE(resource.Query(L"part", &pValue, &nLength));
+}
+
+TEST(SystemFailure, WhereTheSystemHidesItsVersionAFileOfItTells)
+{
+    const struct
+    {
+        DWORD dwMinor;
+        DWORD dwSignature;
+        DWORD dwBuild;
+    } rows[] = {
+        { 3, 0xFEEF04BD, 22621 },
+        { 3, 0, 9600 },          // no version in the file
+        { 2, 0xFEEF04BD, 9600 }, // only a 6.3 may be a later one
+    };
+    const CScratchRegistry registry;
+    OvPlatform::CSystemRecord system;
+    system.missingFunctions = { "RtlGetVersion" };
+    system.nReportedMajor = 6;
+    system.nReportedBuild = 9600;
+    s_dwNameLength = 8;
+    s_bVersionFails = false;
+    s_fixedInfo.dwFileVersionMS = 0x000A0000;
+    s_fixedInfo.dwFileVersionLS = 22621u << 16;
+    for (const auto& row : rows)
+    {
+        system.nReportedMinor = row.dwMinor;
+        s_fixedInfo.dwSignature = row.dwSignature;
+        OvPlatform::SetSystemRecord(system);
+        EXPECT_EQ(row.dwBuild, OvReadOsRecord().actual.dwBuild);
+    }
+    s_fixedInfo.dwSignature = 0;
+    OvPlatform::SetSystemRecord(OvPlatform::CSystemRecord());
 }
