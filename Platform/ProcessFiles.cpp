@@ -66,6 +66,14 @@ void AddMapping(std::vector<CProcessModule>& modules, const CMapping& mapping)
     found->bCode = found->bCode || mapping.permissions.find('x') != std::string::npos;
 }
 
+/// 0: the executable, which comes first. Null when there is none at that address.
+const CProcessModule* FindModule(const std::vector<CProcessModule>& modules, ULONG_PTR nBase)
+{
+    const auto found = std::find_if(modules.begin(), modules.end(),
+                                    [&](const CProcessModule& module) { return nBase == 0 || module.nBase == nBase; });
+    return found == modules.end() ? nullptr : &*found;
+}
+
 } // namespace
 
 CProcessFiles::CProcessFiles(DWORD dwId)
@@ -148,6 +156,26 @@ std::string ImageName(const CProcessFiles& files, const CProcessStatus& status)
 {
     const std::string path = files.ExecutablePath();
     return path.empty() ? status.name : FileName(path);
+}
+
+std::vector<CProcessModule> CProcessObject::ListModules()
+{
+    std::vector<CProcessModule> modules = ReadModules(m_files);
+    const std::lock_guard<std::mutex> lock(m_lock);
+    m_modules = modules;
+    return modules;
+}
+
+std::string CProcessObject::ModulePath(ULONG_PTR nBase)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_lock);
+        if (const CProcessModule* const pModule = FindModule(m_modules, nBase))
+            return pModule->path;
+    }
+    const std::vector<CProcessModule> modules = ListModules();
+    const CProcessModule* const pModule = FindModule(modules, nBase);
+    return pModule == nullptr ? std::string() : pModule->path;
 }
 
 } // namespace OvPlatform

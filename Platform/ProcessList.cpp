@@ -14,15 +14,6 @@ namespace
 
 constexpr DWORD ReadAccess = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ;
 
-/// Null: the executable's, which comes first.
-const CProcessModule* FindModule(const std::vector<CProcessModule>& modules, HMODULE hModule)
-{
-    const auto found = std::find_if(modules.begin(), modules.end(), [&](const CProcessModule& module) {
-        return hModule == nullptr || reinterpret_cast<HMODULE>(module.nBase) == hModule;
-    });
-    return found == modules.end() ? nullptr : &*found;
-}
-
 /// As much as there is room for, ended by NUL; nUnits when it was cut.
 DWORD CopyPath(const std::wstring& path, LPWSTR szPath, DWORD nUnits)
 {
@@ -57,7 +48,7 @@ BOOL EnumProcessModules(HANDLE hProcess, HMODULE* phModules, DWORD dwRoom, DWORD
         const auto pProcess = FindObject<CProcessObject>(hProcess, ReadAccess);
         if (!pProcess)
             return FALSE;
-        const std::vector<CProcessModule> modules = ReadModules(pProcess->Files());
+        const std::vector<CProcessModule> modules = pProcess->ListModules();
         if (modules.empty())
             return Fail(ERROR_PARTIAL_COPY, FALSE);
         const size_t nWritten = std::min<size_t>(modules.size(), dwRoom / sizeof(HMODULE));
@@ -74,10 +65,9 @@ DWORD GetModuleFileNameExW(HANDLE hProcess, HMODULE hModule, LPWSTR szPath, DWOR
         const auto pProcess = FindObject<CProcessObject>(hProcess, ReadAccess);
         if (!pProcess)
             return 0;
-        const std::vector<CProcessModule> modules = ReadModules(pProcess->Files());
-        const CProcessModule* const pModule = FindModule(modules, hModule);
-        if (pModule == nullptr)
+        const std::string path = pProcess->ModulePath(reinterpret_cast<ULONG_PTR>(hModule));
+        if (path.empty())
             return Fail(ERROR_INVALID_HANDLE, 0);
-        return CopyPath(PlatformPath(pModule->path), szPath, nUnits);
+        return CopyPath(PlatformPath(path), szPath, nUnits);
     });
 }

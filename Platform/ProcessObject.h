@@ -74,8 +74,17 @@ public:
     virtual ~CProcessObject() = default;
     const CProcessFiles& Files() const { return m_files; }
 
+    /// The modules as they are now. They are remembered, so that who lists them can ask for their paths although the
+    /// process has ended in between.
+    std::vector<CProcessModule> ListModules();
+
+    /// The path of a module; 0: the executable's. Empty for what is no module.
+    std::string ModulePath(ULONG_PTR nBase);
+
 private:
     const CProcessFiles m_files;
+    std::mutex m_lock;
+    std::vector<CProcessModule> m_modules; // as listed last; guarded by m_lock
 };
 
 /// What the current process's pseudo-handle stands for.
