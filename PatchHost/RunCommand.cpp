@@ -157,6 +157,7 @@ void RunMainJob(const CRunOptions& options, CTraceSink& sink)
 
     Apply(adapter, service, observer, policy);
     AskForStatus(adapter);
+    Require(sink.AwaitMonitor(s_nMonitorSeconds * s_dwSecond), "the monitor sees that the service runs");
     ChangeService(service, observer, false);
     ChangeService(service, observer, true);
 

@@ -22,11 +22,26 @@ std::string Format(const char* format, va_list arguments)
 
 } // namespace
 
+CTraceSink::CTraceSink(int nLevel) : m_nLevel(nLevel), m_hMonitorTold(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+
+CTraceSink::~CTraceSink()
+{
+    ::CloseHandle(m_hMonitorTold);
+}
+
+bool CTraceSink::AwaitMonitor(DWORD dwTimeout) const
+{
+    return ::WaitForSingleObject(m_hMonitorTold, dwTimeout) == WAIT_OBJECT_0;
+}
+
 void CTraceSink::Write(int nKind, const char* format, va_list arguments)
 {
+    const std::string text = Format(format, arguments);
+    if (text.find("Exiting Function: CMonitorThread::NotifyObservers") != std::string::npos)
+        ::SetEvent(m_hMonitorTold);
     if (nKind > m_nLevel)
         return;
-    const std::string line = std::string(s_kinds[nKind]) + ": " + Format(format, arguments) + "\n";
+    const std::string line = std::string(s_kinds[nKind]) + ": " + text + "\n";
     std::fputs(line.c_str(), stderr); // one call, so that lines of several threads do not mix
 }
 
