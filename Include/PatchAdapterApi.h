@@ -27,50 +27,50 @@
 /// argument behind it the text, so a text is never read as a format. What an operation throws is dropped.
 class ILogSink
 {
-  public:
+public:
     virtual void LogError(const char* format, ...) = 0;   ///< kind 0: an exception that reached a catch site
     virtual void LogWarning(const char* format, ...) = 0; ///< kind 1: a failure that is handled without an exception
     virtual void LogInfo(const char* format, ...) = 0;    ///< kind 2: normal progress
     virtual void LogDetail(const char* format, ...) = 0;  ///< kind 3: values and documents
     virtual void LogTrace(const char* format, ...) = 0;   ///< kind 4: function entry and exit
 
-  protected:
+protected:
     ~ILogSink() = default;
 };
 
 /// Told every new status document. Registered with IAdapter::RegisterStateObserver.
 class IStateObserver
 {
-  public:
+public:
     /// @param value   always 1.
     /// @param status  the status document; valid only during the call.
     /// Called on the host's threads and on the adapter's monitor thread, with the adapter's observer lock held: it must
     /// not register or deregister observers, nor wait for a thread that does, nor have the adapter destroyed.
     virtual void OnStateChange(int32_t value, const char* status) = 0;
 
-  protected:
+protected:
     ~IStateObserver() = default;
 };
 
 /// Takes the answer of IAdapter::GetStatus.
 class IStatusReceiver
 {
-  public:
+public:
     /// @param status  the status document; valid only during the call.
     virtual void OnStatus(const char* status) = 0;
 
-  protected:
+protected:
     ~IStatusReceiver() = default;
 };
 
 /// Takes the answer of IAdapter::GetConfiguration.
 class IConfigurationReceiver
 {
-  public:
+public:
     /// @param configuration  always an empty text.
     virtual void OnConfiguration(const char* configuration) = 0;
 
-  protected:
+protected:
     ~IConfigurationReceiver() = default;
 };
 
@@ -79,7 +79,7 @@ class IConfigurationReceiver
 /// observer or hands in a configuration must have entered a COM apartment. Every failure is reported to the log alone.
 class IAdapter
 {
-  public:
+public:
     /// Builds the current status document and hands it to the receiver before returning.
     /// @return always true. After a failure the receiver is not called.
     virtual bool GetStatus(IStatusReceiver* receiver) = 0;
@@ -113,7 +113,7 @@ class IAdapter
     /// The destructor's slot: destroys the object, frees it when bit 0 is set, returns its address.
     virtual void* DestructorSlot(unsigned flags) = 0;
 
-  protected:
+protected:
     ~IAdapter() = default;
 #else
     virtual ~IAdapter() = default;
@@ -124,7 +124,7 @@ class IAdapter
 /// a time and never while an operation of the adapter is still running.
 class IAdapterFactory
 {
-  public:
+public:
     /// Makes the adapter and starts its monitor thread.
     /// @param value1, value2, value4  values of the host that are not looked at.
     /// @param sink  the host's log; may be null, then nothing is written.
@@ -139,7 +139,7 @@ class IAdapterFactory
     /// The destructor's slot: destroys the object, frees it when bit 0 is set, returns its address.
     virtual void* DestructorSlot(unsigned flags) = 0;
 
-  protected:
+protected:
     ~IAdapterFactory() = default;
 #else
     virtual ~IAdapterFactory() = default;

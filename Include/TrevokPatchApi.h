@@ -21,13 +21,13 @@ inline constexpr wchar_t TREVOK_SERVICE_EVENT[] = L"Global\\_HDQ_EVENT_03_";
 /// The states of the service that are set or read.
 enum PatchApiStateId : LONG
 {
-    StateSettingsPolicy = 2,    ///< set: VT_BSTR, the whole settings document
-    StateWuaInstalled = 4,      ///< get: VT_BOOL
-    StateWuaCompatible = 5,     ///< get: VT_BOOL
-    StateWuaCurrentVersion = 6, ///< get: VT_BSTR
+    StateSettingsPolicy = 2,     ///< set: VT_BSTR, the whole settings document
+    StateWuaInstalled = 4,       ///< get: VT_BOOL
+    StateWuaCompatible = 5,      ///< get: VT_BOOL
+    StateWuaCurrentVersion = 6,  ///< get: VT_BSTR
     StateWuaRequiredVersion = 7, ///< get: VT_BSTR
-    StateAssessmentEnabled = 8, ///< get: VT_BOOL
-    StateServerKeyStatus = 11   ///< get: VT_BOOL
+    StateAssessmentEnabled = 8,  ///< get: VT_BOOL
+    StateServerKeyStatus = 11    ///< get: VT_BOOL
 };
 
 /// The service's interface: two operations after the seven slots of IDispatch, which are not called.
@@ -39,6 +39,6 @@ struct ITrevokPatchApi : public IDispatch
     /// @param pValue  empty on entry; the caller clears it afterwards.
     virtual HRESULT STDMETHODCALLTYPE GetState(LONG stateId, VARIANT* pValue) = 0;
 
-  protected:
+protected:
     ~ITrevokPatchApi() = default;
 };

@@ -52,7 +52,10 @@ constexpr LONG ERROR_RESOURCE_DATA_NOT_FOUND = 1812;
 constexpr LONG ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
 constexpr LONG ERROR_RESOURCE_LANG_NOT_FOUND = 1815;
 
-constexpr HRESULT OvHresult(uint32_t value) { return static_cast<HRESULT>(value); }
+constexpr HRESULT OvHresult(uint32_t value)
+{
+    return static_cast<HRESULT>(value);
+}
 
 constexpr HRESULT S_OK = 0;
 constexpr HRESULT S_FALSE = 1;
@@ -77,8 +80,14 @@ constexpr HRESULT CO_E_OBJNOTREG = OvHresult(0x800401FBu);
 constexpr HRESULT RPC_E_CHANGED_MODE = OvHresult(0x80010106u);
 constexpr HRESULT RPC_E_WRONG_THREAD = OvHresult(0x8001010Eu);
 
-constexpr bool SUCCEEDED(HRESULT hr) { return hr >= 0; }
-constexpr bool FAILED(HRESULT hr) { return hr < 0; }
+constexpr bool SUCCEEDED(HRESULT hr)
+{
+    return hr >= 0;
+}
+constexpr bool FAILED(HRESULT hr)
+{
+    return hr < 0;
+}
 
 /// The HRESULT of a Win32 code: facility 7; 0 stays S_OK and a value that is an HRESULT already stays as it is.
 constexpr HRESULT HRESULT_FROM_WIN32(DWORD code)

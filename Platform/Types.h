@@ -79,10 +79,22 @@ using REFIID = const IID&;
 using REFCLSID = const CLSID&;
 
 OVPLATFORM_API bool operator==(const GUID& a, const GUID& b);
-inline bool operator!=(const GUID& a, const GUID& b) { return !(a == b); }
-inline BOOL IsEqualGUID(REFGUID a, REFGUID b) { return a == b; }
-inline BOOL IsEqualIID(REFIID a, REFIID b) { return a == b; }
-inline BOOL IsEqualCLSID(REFCLSID a, REFCLSID b) { return a == b; }
+inline bool operator!=(const GUID& a, const GUID& b)
+{
+    return !(a == b);
+}
+inline BOOL IsEqualGUID(REFGUID a, REFGUID b)
+{
+    return a == b;
+}
+inline BOOL IsEqualIID(REFIID a, REFIID b)
+{
+    return a == b;
+}
+inline BOOL IsEqualCLSID(REFCLSID a, REFCLSID b)
+{
+    return a == b;
+}
 
 struct FILETIME
 {
@@ -116,5 +128,11 @@ struct SECURITY_ATTRIBUTES
 };
 using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
 
-constexpr WORD LOWORD(DWORD value) { return static_cast<WORD>(value & 0xFFFFu); }
-constexpr WORD HIWORD(DWORD value) { return static_cast<WORD>(value >> 16); }
+constexpr WORD LOWORD(DWORD value)
+{
+    return static_cast<WORD>(value & 0xFFFFu);
+}
+constexpr WORD HIWORD(DWORD value)
+{
+    return static_cast<WORD>(value >> 16);
+}

@@ -21,8 +21,9 @@ class CLeakCheck : public testing::EmptyTestEventListener
 
 std::string Left(const char* what, unsigned before, unsigned after)
 {
-    return after == before ? std::string() : std::string(what) + ": " + std::to_string(before) + " before, " +
-                                                 std::to_string(after) + " after; ";
+    return after == before
+               ? std::string()
+               : std::string(what) + ": " + std::to_string(before) + " before, " + std::to_string(after) + " after; ";
 }
 
 } // namespace
