@@ -1,0 +1,137 @@
+// Events: state, names, access.
+#include "KernelTesting.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+
+const wchar_t s_szName[] = L"OvEventsTest";
+const wchar_t s_szGlobalName[] = L"Global\\OvEventsTest";
+
+CTestHandle Open(const wchar_t* szName, DWORD dwAccess = EVENT_ALL_ACCESS)
+{
+    return CTestHandle(::OpenEventW(dwAccess, FALSE, szName));
+}
+
+bool IsSignalled(const CTestHandle& event)
+{
+    return ::WaitForSingleObject(event.get(), 0) == WAIT_OBJECT_0;
+}
+
+} // namespace
+
+TEST(Events, SignalsAreKeptAndNotCounted)
+{
+    const struct
+    {
+        bool bManual;
+        bool bInitial;
+        int nSets;
+        bool bReset;
+        int nWaitsMet; // of three
+    } rows[] = {
+        { false, false, 0, false, 0 }, { false, true, 0, false, 1 }, { false, false, 1, false, 1 },
+        { false, false, 3, false, 1 }, { false, true, 1, true, 0 },  { true, false, 0, false, 0 },
+        { true, true, 0, false, 3 },   { true, false, 1, false, 3 }, { true, true, 2, true, 0 },
+    };
+    for (const auto& row : rows)
+    {
+        const CTestHandle event = MakeEvent(row.bManual, row.bInitial);
+        for (int i = 0; i < row.nSets; ++i)
+            EXPECT_TRUE(::SetEvent(event.get()));
+        EXPECT_TRUE(!row.bReset || ::ResetEvent(event.get()));
+        int nMet = 0;
+        for (int i = 0; i < 3; ++i)
+            nMet += IsSignalled(event) ? 1 : 0;
+        EXPECT_EQ(row.nWaitsMet, nMet) << row.bManual << row.bInitial << " x" << row.nSets << row.bReset;
+    }
+}
+
+TEST(Events, CreationTellsNewFromExisting)
+{
+    CTestHandle first;
+    EXPECT_EQ(0u, LastErrorAfter([&] { first = MakeEvent(true, true, s_szName); }));
+    CTestHandle second;
+    EXPECT_EQ(static_cast<DWORD>(ERROR_ALREADY_EXISTS),
+              LastErrorAfter([&] { second = MakeEvent(false, false, s_szName); }));
+    EXPECT_NE(first.get(), second.get());
+    EXPECT_TRUE(IsSignalled(second)); // it is the first one: signalled, and manual-reset
+    EXPECT_TRUE(IsSignalled(second));
+    CTestHandle unnamed;
+    EXPECT_EQ(0u, LastErrorAfter([&] { unnamed = MakeEvent(true, false); }));
+    EXPECT_EQ(0u, LastErrorAfter([&] { unnamed = MakeEvent(true, false, L""); }));
+    EXPECT_EQ(0u, LastErrorAfter([&] { unnamed = MakeEvent(true, false, L""); })) << "an empty name is none";
+}
+
+TEST(Events, ANameLivesWhileAHandleIsOpen)
+{
+    CTestHandle created = MakeEvent(true, false, s_szName);
+    CTestHandle opened = Open(s_szName);
+    ASSERT_NE(nullptr, opened.get());
+    created.reset();
+    EXPECT_NE(nullptr, Open(s_szName).get());
+    opened.reset();
+    EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND),
+              LastErrorAfter([] { EXPECT_EQ(nullptr, Open(s_szName).get()); }));
+    EXPECT_EQ(0u, LastErrorAfter([&] { created = MakeEvent(true, false, s_szName); })) << "a new one";
+}
+
+TEST(Events, NamesAreComparedByUnitAndNameSpace)
+{
+    const CTestHandle local = MakeEvent(true, false, L"Ov\xD83D\xDE00 Event");
+    const struct
+    {
+        const wchar_t* szName;
+        DWORD dwError; // 0: found
+    } rows[] = {
+        { L"Ov\xD83D\xDE00 Event", 0 },
+        { L"Local\\Ov\xD83D\xDE00 Event", 0 },
+        { L"Global\\Ov\xD83D\xDE00 Event", ERROR_FILE_NOT_FOUND },
+        { L"Ov\xD83D\xDE01 Event", ERROR_FILE_NOT_FOUND },
+        { L"Ov\xD83D", ERROR_FILE_NOT_FOUND },
+        { L"no\\such\\folder", ERROR_PATH_NOT_FOUND },
+        { nullptr, ERROR_INVALID_PARAMETER },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.dwError == 0 ? UntouchedError : row.dwError,
+                  LastErrorAfter([&] { EXPECT_EQ(row.dwError == 0, Open(row.szName, SYNCHRONIZE) != nullptr); }))
+            << (row.szName ? row.szName : L"null");
+    EXPECT_EQ(static_cast<DWORD>(ERROR_PATH_NOT_FOUND),
+              LastErrorAfter([] { EXPECT_EQ(nullptr, MakeEvent(true, false, L"no\\such\\folder")); }));
+}
+
+TEST(Events, TheGlobalNameSpaceIsApart)
+{
+    const CTestHandle global = MakeEvent(true, true, s_szGlobalName);
+    EXPECT_EQ(nullptr, Open(s_szName));
+    const CTestHandle local = MakeEvent(true, false, s_szName);
+    EXPECT_TRUE(IsSignalled(Open(s_szGlobalName)));
+    EXPECT_FALSE(IsSignalled(Open(s_szName)));
+}
+
+TEST(Events, AnOpenedHandleCanDoWhatItWasOpenedFor)
+{
+    const CTestHandle created = MakeEvent(true, false, s_szName);
+    const struct
+    {
+        DWORD dwAccess;
+        bool bSet;
+        bool bWait;
+    } rows[] = {
+        { SYNCHRONIZE | READ_CONTROL, false, true },
+        { EVENT_MODIFY_STATE, true, false },
+        { EVENT_ALL_ACCESS, true, true },
+        { MAXIMUM_ALLOWED, true, true },
+        { READ_CONTROL, false, false },
+    };
+    for (const auto& row : rows)
+    {
+        const CTestHandle event = Open(s_szName, row.dwAccess);
+        ASSERT_NE(nullptr, event.get()) << row.dwAccess;
+        EXPECT_EQ(row.bSet, ::SetEvent(event.get()) != FALSE) << row.dwAccess;
+        EXPECT_EQ(row.bWait, ::WaitForSingleObject(event.get(), 0) != WAIT_FAILED) << row.dwAccess;
+    }
+}

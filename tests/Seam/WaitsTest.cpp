@@ -1,0 +1,219 @@
+// Waits: exact results, time-outs, who gets a signal.
+#include "KernelTesting.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+/// A set of events, by value: "A" auto-reset, "M" manual-reset, lower case for clear.
+class CEvents
+{
+public:
+    explicit CEvents(const std::string& states)
+    {
+        for (const char c : states)
+        {
+            m_owners.push_back(MakeEvent(c == 'M' || c == 'm', c == 'M' || c == 'A'));
+            m_handles.push_back(m_owners.back().get());
+        }
+    }
+
+    DWORD Wait(bool bAll, DWORD dwMilliseconds = 0) const
+    {
+        return ::WaitForMultipleObjects(static_cast<DWORD>(m_handles.size()), m_handles.data(), bAll, dwMilliseconds);
+    }
+
+    HANDLE operator[](size_t n) const { return m_handles[n]; }
+
+    /// "1" for each event that is signalled; auto-reset ones are clear afterwards.
+    std::string Signals() const
+    {
+        std::string signals;
+        for (const HANDLE h : m_handles)
+            signals += ::WaitForSingleObject(h, 0) == WAIT_OBJECT_0 ? '1' : '0';
+        return signals;
+    }
+
+private:
+    std::vector<CTestHandle> m_owners;
+    std::vector<HANDLE> m_handles;
+};
+
+} // namespace
+
+TEST(Waits, OneOfSeveralIsTheLowestSignalledAndOnlyThatIsTaken)
+{
+    const struct
+    {
+        const char* szStates;
+        bool bAll;
+        DWORD dwResult;
+        const char* szLeft; // signals after the wait
+    } rows[] = {
+        { "aaa", false, WAIT_TIMEOUT, "000" },  { "aAA", false, WAIT_OBJECT_0 + 1, "001" },
+        { "AAA", false, WAIT_OBJECT_0, "011" }, { "aMA", false, WAIT_OBJECT_0 + 1, "011" },
+        { "MA", false, WAIT_OBJECT_0, "11" },   { "aAA", true, WAIT_TIMEOUT, "011" },
+        { "AAA", true, WAIT_OBJECT_0, "000" },  { "AMA", true, WAIT_OBJECT_0, "010" },
+        { "Mm", true, WAIT_TIMEOUT, "10" },     { "A", true, WAIT_OBJECT_0, "0" },
+    };
+    for (const auto& row : rows)
+    {
+        const CEvents events(row.szStates);
+        EXPECT_EQ(row.dwResult, events.Wait(row.bAll)) << row.szStates << row.bAll;
+        EXPECT_EQ(row.szLeft, events.Signals()) << row.szStates << row.bAll;
+    }
+}
+
+TEST(Waits, SixtyFourAreTheMost)
+{
+    const CEvents events(std::string(63, 'a') + "Aa");
+    std::vector<HANDLE> handles;
+    for (size_t i = 0; i < 65; ++i)
+        handles.push_back(events[i]);
+    EXPECT_EQ(WAIT_OBJECT_0 + 63, ::WaitForMultipleObjects(64, handles.data(), FALSE, 0));
+    const struct
+    {
+        DWORD nCount;
+        const HANDLE* phObjects;
+    } rows[] = { { 65, handles.data() }, { 0, handles.data() } };
+    for (const auto& row : rows)
+        EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_PARAMETER), LastErrorAfter([&] {
+                      EXPECT_EQ(WAIT_FAILED, ::WaitForMultipleObjects(row.nCount, row.phObjects, FALSE, 0));
+                  }))
+            << row.nCount;
+}
+
+TEST(Waits, OneBadHandleFailsTheWaitAndTakesNothing)
+{
+    const CEvents events("AA");
+    const HANDLE handles[] = { events[0], nullptr, events[1] };
+    for (const BOOL bAll : { FALSE, TRUE })
+        EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_HANDLE),
+                  LastErrorAfter([&] { EXPECT_EQ(WAIT_FAILED, ::WaitForMultipleObjects(3, handles, bAll, 0)); }));
+    EXPECT_EQ("11", events.Signals());
+}
+
+TEST(Waits, ForOneTheSameMayStandTwice)
+{
+    const CEvents events("M");
+    const HANDLE handles[] = { events[0], events[0] };
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForMultipleObjects(2, handles, FALSE, 0));
+}
+
+TEST(Waits, ATimeOutIsNeitherEarlyNorAFailure)
+{
+    const CEvents events("am");
+    for (const bool bAll : { false, true })
+    {
+        const ULONGLONG nStart = ::GetTickCount64();
+        EXPECT_EQ(UntouchedError, LastErrorAfter([&] { EXPECT_EQ(WAIT_TIMEOUT, events.Wait(bAll, 60)); }));
+        EXPECT_GE(::GetTickCount64() - nStart + 20, 60u) << "ticks are coarse";
+    }
+}
+
+TEST(Waits, ASetAutoResetEventWakesOneOfThoseThatWait)
+{
+    const CTestHandle gate = MakeEvent(false, false);
+    const CTestHandle passed = MakeEvent(false, false);
+    std::atomic<int> nPassed{ 0 };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] {
+            EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(gate.get(), INFINITE));
+            ++nPassed;
+            ::SetEvent(passed.get());
+        });
+    for (int i = 1; i <= 4; ++i)
+    {
+        ::SetEvent(gate.get());
+        EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(passed.get(), INFINITE));
+        EXPECT_EQ(i, nPassed);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST(Waits, ASetManualResetEventWakesAll)
+{
+    const CTestHandle gate = MakeEvent(true, false);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] { EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(gate.get(), INFINITE)); });
+    ::SetEvent(gate.get());
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST(Waits, AWaitForAllTakesNothingUntilAllAreThere)
+{
+    const CEvents events("aaa");
+    const CTestHandle done = MakeEvent(false, false);
+    std::thread waiter([&] {
+        EXPECT_EQ(WAIT_OBJECT_0, events.Wait(true, INFINITE));
+        ::SetEvent(done.get());
+    });
+    ::SetEvent(events[2]);
+    ::SetEvent(events[0]);
+    EXPECT_EQ(WAIT_TIMEOUT, ::WaitForSingleObject(done.get(), 30));
+    ::SetEvent(events[1]);
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(done.get(), INFINITE));
+    waiter.join();
+    EXPECT_EQ("000", events.Signals());
+}
+
+TEST(Waits, AWaitHoldsAnObjectWhoseHandleIsClosed)
+{
+    CTestHandle event = MakeEvent(true, false);
+    const CTestHandle other = MakeEvent(true, false);
+    std::atomic<DWORD> dwResult{ WAIT_FAILED };
+    const HANDLE handles[] = { event.get(), other.get() };
+    std::thread waiter([&] { dwResult = ::WaitForMultipleObjects(2, handles, FALSE, INFINITE); });
+    ::Sleep(20); // closing it before the wait has begun is the caller's fault, and cannot be told from here
+    event.reset();
+    ::SetEvent(other.get());
+    waiter.join();
+    EXPECT_TRUE(dwResult == WAIT_OBJECT_0 + 1 || dwResult == WAIT_FAILED) << dwResult;
+}
+
+TEST(Waits, EverySignalOfAnAutoResetEventIsTakenExactlyOnce)
+{
+    const int nSignals = 300;
+    const CEvents events("aa");
+    const CTestHandle taken = MakeEvent(false, false);
+    const CTestHandle stop = MakeEvent(true, false);
+    std::atomic<int> counts[2] = {};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            const HANDLE handles[] = { stop.get(), events[0], events[1] };
+            for (DWORD dw = 1; dw != WAIT_OBJECT_0;)
+            {
+                dw = ::WaitForMultipleObjects(3, handles, FALSE, INFINITE);
+                if (dw != WAIT_OBJECT_0)
+                {
+                    ++counts[dw - 1];
+                    ::SetEvent(taken.get());
+                }
+            }
+        });
+    std::mt19937 random(20261122);
+    int sent[2] = {};
+    for (int i = 0; i < nSignals; ++i)
+    {
+        const size_t nEvent = random() % 2;
+        ++sent[nEvent];
+        ::SetEvent(events[nEvent]);
+        ASSERT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(taken.get(), INFINITE));
+    }
+    ::SetEvent(stop.get());
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(sent[0], counts[0]);
+    EXPECT_EQ(sent[1], counts[1]);
+}
