@@ -82,12 +82,15 @@ constexpr CRun Runs[] = {
 
 constexpr wchar_t FullWidthFirst = 0xFF01; // the printable ASCII characters in full width
 constexpr wchar_t FullWidthLast = 0xFF5E;
+constexpr wchar_t FullWidthQuestionMark = 0xFF1F;
 constexpr char None = '.';
 
 } // namespace
 
 char BestFit1252(wchar_t nUnit)
 {
+    if (nUnit == FullWidthQuestionMark) // the platform takes "?" for the mark of a failure here
+        return 0;
     if (nUnit >= FullWidthFirst && nUnit <= FullWidthLast)
         return static_cast<char>(nUnit - FullWidthFirst + '!');
     const auto above = std::upper_bound(std::begin(Runs), std::end(Runs), nUnit,

@@ -7,11 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <map>
-#include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 #include <vector>
 
 namespace OvPlatform
@@ -22,9 +19,6 @@ namespace
 
 constexpr DWORD FileReadAccess = 0x00120089; // reading data and attributes, READ_CONTROL, SYNCHRONIZE
 constexpr CAccessMap FileAccess = { FileReadAccess, 0, 0, FileReadAccess };
-
-/// A file, whatever its name is now.
-using CFileId = std::pair<dev_t, ino_t>;
 
 /// How often each open file is open in this process, and how often without FILE_SHARE_READ.
 struct CSharing
@@ -53,58 +47,43 @@ public:
     ~CFile() override
     {
         const std::lock_guard<std::mutex> lock(SharingLock());
-        const auto found = Sharing().find(m_id);
+        if (m_bOpen)
+            Release(Sharing().find(m_id));
+    }
+
+    /// False when another handle does not allow it.
+    bool Open()
+    {
+        const std::lock_guard<std::mutex> lock(SharingLock());
+        CSharing& sharing = Sharing()[m_id];
+        m_bOpen = sharing.nExclusive == 0 && (!m_bExclusive || sharing.nOpen == 0);
+        sharing.nOpen += m_bOpen ? 1 : 0;
+        sharing.nExclusive += m_bOpen && m_bExclusive ? 1 : 0;
+        return m_bOpen;
+    }
+
+private:
+    void Release(std::map<CFileId, CSharing>::iterator found)
+    {
         found->second.nExclusive -= m_bExclusive ? 1 : 0;
         if (--found->second.nOpen == 0)
             Sharing().erase(found);
     }
 
-private:
     const CFileId m_id;
     const bool m_bExclusive;
+    bool m_bOpen = false;
 };
 
-/// Why a file that could not be looked at is not there: its folder is missing, or the file itself.
-DWORD WhyMissing(const std::string& path, int nError)
+HANDLE Open(LPCWSTR szName, bool bExclusive)
 {
-    if (nError == EACCES || nError == EPERM)
-        return ERROR_ACCESS_DENIED;
-    if (nError != ENOENT)
-        return ERROR_PATH_NOT_FOUND;
-    const size_t nEnd = path.find_last_of('/');
-    const std::string folder = nEnd == std::string::npos ? "." : path.substr(0, nEnd + 1);
-    return ::access(folder.c_str(), F_OK) == 0 ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
-}
-
-/// @return 0 and the file's identity, or the error.
-DWORD Look(const std::string& path, CFileId& id)
-{
-    if (path.empty())
-        return ERROR_BAD_NETPATH;
-    struct stat data = {};
-    if (::stat(path.c_str(), &data) != 0)
-        return WhyMissing(path, errno);
-    if (S_ISDIR(data.st_mode) || ::access(path.c_str(), R_OK) != 0)
-        return ERROR_ACCESS_DENIED;
-    id = { data.st_dev, data.st_ino };
-    return ERROR_SUCCESS;
-}
-
-HANDLE Open(const std::string& path, bool bExclusive)
-{
+    std::string path;
     CFileId id;
-    const DWORD dwError = Look(path, id);
+    const DWORD dwError = FindFile(szName, path, id);
     if (dwError != ERROR_SUCCESS)
         return Fail(dwError, INVALID_HANDLE_VALUE);
-    {
-        const std::lock_guard<std::mutex> lock(SharingLock());
-        CSharing& sharing = Sharing()[id];
-        if (sharing.nExclusive > 0 || (bExclusive && sharing.nOpen > 0))
-            return Fail(ERROR_SHARING_VIOLATION, INVALID_HANDLE_VALUE);
-        ++sharing.nOpen;
-        sharing.nExclusive += bExclusive ? 1 : 0;
-    }
-    return OpenHandle(std::make_shared<CFile>(id, bExclusive), GENERIC_READ);
+    const auto pFile = std::make_shared<CFile>(id, bExclusive);
+    return pFile->Open() ? OpenHandle(pFile, GENERIC_READ) : Fail(ERROR_SHARING_VIOLATION, INVALID_HANDLE_VALUE);
 }
 
 } // namespace
@@ -119,9 +98,7 @@ HANDLE CreateFileW(LPCWSTR szName, DWORD dwAccess, DWORD dwShare, LPSECURITY_ATT
     const bool bKnownFlags = (dwFlags & ~(FILE_ATTRIBUTE_NORMAL | FILE_FLAG_NO_BUFFERING)) == 0;
     if (!szName || dwAccess != GENERIC_READ || dwDisposition != OPEN_EXISTING || !bKnownFlags || hTemplate)
         return Fail(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
-    if (*szName == L'\0')
-        return Fail(ERROR_PATH_NOT_FOUND, INVALID_HANDLE_VALUE);
-    return OrNoMemory(INVALID_HANDLE_VALUE, [&] { return Open(HostPath(szName), (dwShare & FILE_SHARE_READ) == 0); });
+    return OrNoMemory(INVALID_HANDLE_VALUE, [&] { return Open(szName, (dwShare & FILE_SHARE_READ) == 0); });
 }
 
 DWORD GetCurrentDirectoryW(DWORD nUnits, LPWSTR szBuffer)

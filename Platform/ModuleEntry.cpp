@@ -1,6 +1,7 @@
-// Linked into each library that has a DllMain: calls it when the library is loaded and unloaded, as the start-up code
-// of a library does on Windows. The library's own static objects exist at both times: they are initialised before the
-// constructor below runs and destroyed after the destructor.
+// Linked into each library that has a DllMain: calls it when the library is loaded and unloaded. The library's static
+// objects are destroyed after the second call, as on Windows; at the first, those of object files that the linker
+// places behind this one have not been constructed yet, so a DllMain may note its arguments but not use such objects.
+// There are no calls for threads.
 #include "Modules.h"
 
 extern "C"
@@ -18,14 +19,13 @@ HINSTANCE ThisModule()
     return reinterpret_cast<HINSTANCE>(reinterpret_cast<uintptr_t>(&__ehdr_start));
 }
 
-// Constructs after the library's other statics, as the linker runs constructors of a higher priority number later.
-__attribute__((constructor(65535))) void OnLoad()
+__attribute__((constructor)) void OnLoad()
 {
     if (!DllMain(ThisModule(), DLL_PROCESS_ATTACH, nullptr))
         OvModuleEntryFailed();
 }
 
-__attribute__((destructor(65535))) void OnUnload()
+__attribute__((destructor)) void OnUnload()
 {
     DllMain(ThisModule(), DLL_PROCESS_DETACH, nullptr);
 }

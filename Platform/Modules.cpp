@@ -3,10 +3,13 @@
 #include "FileNames.h"
 #include "Guard.h"
 #include "ProcessList.h"
+#include "ProcessObject.h"
 #include "SystemCalls.h"
 #include "Text.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
@@ -15,6 +18,8 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <sys/auxv.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -100,7 +105,24 @@ CLoaded& Loaded()
     return s_loaded;
 }
 
-thread_local bool t_bEntryFailed = false; // a DllMain has returned FALSE in the load that runs on this thread
+/// A load that runs on this thread; a DllMain may load another library.
+struct CLoadInProgress
+{
+    CLoadInProgress() : pOuter(t_pInnermost) { t_pInnermost = this; }
+    ~CLoadInProgress() { t_pInnermost = pOuter; }
+    CLoadInProgress(const CLoadInProgress&) = delete;
+    CLoadInProgress& operator=(const CLoadInProgress&) = delete;
+
+    CLoadInProgress* const pOuter;
+    bool bEntryFailed = false; // a DllMain has returned FALSE
+
+    static thread_local CLoadInProgress* t_pInnermost;
+};
+
+thread_local CLoadInProgress* CLoadInProgress::t_pInnermost = nullptr;
+
+/// A reference that the system's loader counts, given back at the end unless it is kept.
+using CLoaderReference = std::unique_ptr<void, int (*)(void*)>;
 
 /// The address at which the loader has placed a library.
 HMODULE BaseOf(void* pHandle)
@@ -119,61 +141,70 @@ std::string ExecutablePath()
     return nLength < 0 ? std::string() : std::string(path.data(), static_cast<size_t>(nLength));
 }
 
+bool IsBareName(std::wstring_view name)
+{
+    return name.find_first_of(L"\\/") == std::wstring_view::npos;
+}
+
+/// A bare name without a dot means a library.
+std::wstring WithExtension(std::wstring_view name)
+{
+    const bool bAdd = IsBareName(name) && name.find(L'.') == std::wstring_view::npos;
+    return std::wstring(name) + (bAdd ? L".dll" : L"");
+}
+
 /// Where a library of that name would be; a bare name is looked for beside the executable.
 std::string FileToLoad(std::wstring_view name)
 {
-    if (name.find_first_of(L"\\/") != std::wstring_view::npos)
+    if (!IsBareName(name))
         return HostPath(name);
     const std::string executable = ExecutablePath();
     return executable.substr(0, executable.find_last_of('/') + 1) + Utf8FromWide(name);
 }
 
-/// Why the loader did not load it: there is no such file, it is no library, or one that it needs is missing.
+/// Why the loader did not load it: there is no such file, it is no library, it lacks a function, or one that it needs
+/// is missing.
 DWORD WhyNotLoaded(const std::string& path)
 {
+    const char* const szReason = ::dlerror();
+    const auto says = [&](const char* szWords) { return szReason && std::strstr(szReason, szWords); };
     if (::access(path.c_str(), R_OK) != 0)
         return ERROR_MOD_NOT_FOUND;
-    const char* const szReason = ::dlerror();
-    const bool bNoLibrary = szReason && (std::strstr(szReason, "ELF") || std::strstr(szReason, "file too short"));
-    return bNoLibrary ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND;
+    if (says("undefined symbol"))
+        return ERROR_PROC_NOT_FOUND;
+    return says("ELF") || says("file too short") ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND;
 }
 
 HMODULE Load(const std::string& path)
 {
-    t_bEntryFailed = false;
-    void* const pHandle = path.empty() ? nullptr : ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    CLoadInProgress load;
+    CLoaderReference pHandle(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL), &::dlclose);
     if (!pHandle)
         return Fail<HMODULE>(WhyNotLoaded(path), nullptr);
-    if (t_bEntryFailed)
-    {
-        ::dlclose(pHandle);
+    if (load.bEntryFailed)
         return Fail<HMODULE>(ERROR_DLL_INIT_FAILED, nullptr);
-    }
-    const HMODULE hModule = BaseOf(pHandle);
+    const HMODULE hModule = BaseOf(pHandle.get());
     const std::lock_guard<std::mutex> lock(Loaded().lock);
-    Loaded().handles[hModule].push_back(pHandle);
+    Loaded().handles[hModule].push_back(pHandle.get());
+    pHandle.release();
     return hModule;
 }
 
-/// The executable is the first module that the loader tells of.
+/// The executable's first byte in memory.
 HMODULE ExecutableBase()
 {
-    HMODULE hModule = nullptr;
-    ::dl_iterate_phdr(
-        [](dl_phdr_info* pInfo, size_t, void* pResult) {
-            *static_cast<HMODULE*>(pResult) = reinterpret_cast<HMODULE>(pInfo->dlpi_addr);
-            return 1;
-        },
-        &hModule);
-    return hModule;
+    Dl_info info = {};
+    ::dladdr(reinterpret_cast<const void*>(::getauxval(AT_PHDR)), &info);
+    return static_cast<HMODULE>(info.dli_fbase);
 }
 
 /// The loader's path of a module that is loaded at this address; empty when none is.
 std::string PathOf(HMODULE hModule)
 {
     Dl_info info = {};
-    const bool bFound = ::dladdr(hModule, &info) != 0 && info.dli_fbase == hModule && info.dli_fname;
-    return bFound ? info.dli_fname : std::string();
+    if (::dladdr(hModule, &info) == 0 || info.dli_fbase != hModule)
+        return std::string();
+    return hModule == ExecutableBase() ? ExecutablePath() : info.dli_fname;
 }
 
 std::wstring NameOf(HMODULE hModule)
@@ -185,7 +216,7 @@ std::wstring NameOf(HMODULE hModule)
     const std::string path = PathOf(hModule);
     if (path.empty())
         return std::wstring();
-    const std::unique_ptr<char, void (*)(void*)> full(::realpath(path.c_str(), nullptr), &::free);
+    const std::unique_ptr<char, void (*)(void*)> full(::realpath(path.c_str(), nullptr), &std::free);
     return PlatformPath(full ? full.get() : path.c_str());
 }
 
@@ -195,22 +226,29 @@ struct CModuleSearch
     HMODULE hFound;
 };
 
+bool IsSameFile(const std::string& a, const std::string& b)
+{
+    struct stat first = {};
+    struct stat second = {};
+    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
 int MatchModule(dl_phdr_info* pInfo, size_t, void* pSearch)
 {
     auto& search = *static_cast<CModuleSearch*>(pSearch);
-    const std::string path = pInfo->dlpi_name ? pInfo->dlpi_name : "";
-    const bool bPath = search.name.find('/') != std::string::npos;
-    if (path.empty() || (bPath ? path : path.substr(path.find_last_of('/') + 1)) != search.name)
-        return 0;
-    search.hFound = reinterpret_cast<HMODULE>(pInfo->dlpi_addr);
-    return 1;
+    const bool bExecutable = !pInfo->dlpi_name || *pInfo->dlpi_name == 0; // the loader knows no name of it
+    const std::string path = bExecutable ? ExecutablePath() : pInfo->dlpi_name;
+    const bool bSame =
+        search.name.find('/') != std::string::npos ? IsSameFile(path, search.name) : FileName(path) == search.name;
+    if (bSame)
+        search.hFound = bExecutable ? ExecutableBase() : reinterpret_cast<HMODULE>(pInfo->dlpi_addr);
+    return bSame;
 }
 
 HMODULE FindLoaded(LPCWSTR szName)
 {
-    std::wstring name = szName;
-    if (name.find_first_of(L".\\/") == std::wstring::npos)
-        name += L".dll";
+    const std::wstring name = WithExtension(szName);
     if (const CSystemLibrary* pLibrary = FindSystemLibrary(name))
         return HandleOf(*pLibrary);
     const std::string host = HostPath(name);
@@ -224,23 +262,27 @@ FARPROC FindSystemFunction(const CSystemLibrary& library, const char* szName)
     for (const CSystemFunction& function : library.functions)
         if (std::strcmp(function.szName, szName) == 0 && !IsFunctionMissing(szName))
             return function.pAddress;
-    return nullptr;
+    return Fail<FARPROC>(ERROR_PROC_NOT_FOUND, nullptr);
 }
 
-/// The loader's own handle of a loaded module; null for none.
-void* LoaderHandle(HMODULE hModule)
+/// Counts a loaded module once more; null for none.
+CLoaderReference ReferTo(HMODULE hModule)
 {
-    const std::lock_guard<std::mutex> lock(Loaded().lock);
-    const auto found = Loaded().handles.find(hModule);
-    return found == Loaded().handles.end() ? nullptr : found->second.back();
+    const std::string path = PathOf(hModule);
+    const char* const szName = hModule == ExecutableBase() ? nullptr : path.c_str(); // null: the loader's for that
+    return { path.empty() ? nullptr : ::dlopen(szName, RTLD_LAZY | RTLD_NOLOAD), &::dlclose };
 }
 
-FARPROC FindExport(void* pHandle, HMODULE hModule, const char* szName)
+/// Null with the last error set.
+FARPROC FindExport(HMODULE hModule, const char* szName)
 {
-    void* const pAddress = ::dlsym(pHandle, szName);
+    const CLoaderReference pHandle = ReferTo(hModule);
+    if (!pHandle)
+        return Fail<FARPROC>(ERROR_MOD_NOT_FOUND, nullptr);
+    void* const pAddress = ::dlsym(pHandle.get(), szName);
     Dl_info info = {};
     const bool bOwn = pAddress && ::dladdr(pAddress, &info) != 0 && info.dli_fbase == hModule;
-    return bOwn ? reinterpret_cast<FARPROC>(pAddress) : nullptr;
+    return bOwn ? reinterpret_cast<FARPROC>(pAddress) : Fail<FARPROC>(ERROR_PROC_NOT_FOUND, nullptr);
 }
 
 } // namespace
@@ -253,7 +295,13 @@ extern "C" OVPLATFORM_API void OvModuleEntryFailed();
 
 void OvModuleEntryFailed()
 {
-    t_bEntryFailed = true;
+    if (CLoadInProgress::t_pInnermost)
+        CLoadInProgress::t_pInnermost->bEntryFailed = true;
+    else
+    {
+        std::fputs("A library that the program is linked with failed to initialise\n", stderr);
+        std::abort(); // as the system does not start such a program
+    }
 }
 
 HMODULE LoadLibraryExW(LPCWSTR szName, HANDLE hReserved, DWORD dwFlags)
@@ -263,11 +311,10 @@ HMODULE LoadLibraryExW(LPCWSTR szName, HANDLE hReserved, DWORD dwFlags)
     if (!szName || hReserved || !bKnownFlags)
         return Fail<HMODULE>(ERROR_INVALID_PARAMETER, nullptr);
     return OrNoMemory<HMODULE>(nullptr, [&]() -> HMODULE {
-        const std::wstring_view name = szName;
+        const std::wstring name = WithExtension(szName);
         if (const CSystemLibrary* pLibrary = FindSystemLibrary(name))
             return HandleOf(*pLibrary);
-        const bool bBare = name.find_first_of(L"\\/") == std::wstring_view::npos;
-        if (bBare && dwFlags == LOAD_LIBRARY_SEARCH_SYSTEM32)
+        if (IsBareName(name) && dwFlags == LOAD_LIBRARY_SEARCH_SYSTEM32)
             return Fail<HMODULE>(ERROR_MOD_NOT_FOUND, nullptr);
         return Load(FileToLoad(name));
     });
@@ -299,12 +346,10 @@ BOOL FreeLibrary(HMODULE hModule)
 
 FARPROC GetProcAddress(HMODULE hModule, LPCSTR szName)
 {
-    FARPROC pAddress = nullptr;
-    if (const CSystemLibrary* pLibrary = FindSystemLibrary(hModule))
-        pAddress = FindSystemFunction(*pLibrary, szName);
-    else if (void* const pHandle = LoaderHandle(hModule))
-        pAddress = FindExport(pHandle, hModule, szName);
-    return pAddress ? pAddress : Fail<FARPROC>(ERROR_PROC_NOT_FOUND, nullptr);
+    return OrNoMemory<FARPROC>(nullptr, [&] {
+        const CSystemLibrary* pLibrary = FindSystemLibrary(hModule);
+        return pLibrary ? FindSystemFunction(*pLibrary, szName) : FindExport(hModule, szName);
+    });
 }
 
 HMODULE GetModuleHandleW(LPCWSTR szName)

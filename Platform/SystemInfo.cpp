@@ -2,6 +2,7 @@
 
 #include "Control.h"
 #include "Guard.h"
+#include "KernelObject.h"
 #include "SystemCalls.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ CCurrentRecord& Current()
     return s_current;
 }
 
-/// Answers from the record; without memory for nothing that a caller could notice, as nothing is copied.
+/// Answers from the record, which cannot change meanwhile.
 template <class Answer>
 auto FromRecord(Answer&& answer)
 {
@@ -158,8 +159,10 @@ BOOL GetProductInfo(DWORD, DWORD, DWORD, DWORD, DWORD* pdwType)
     return TRUE;
 }
 
-BOOL IsWow64Process(HANDLE, BOOL* pbWow64)
+BOOL IsWow64Process(HANDLE hProcess, BOOL* pbWow64)
 {
+    if (!FindEntry(hProcess).pObject)
+        return Fail(ERROR_INVALID_HANDLE, FALSE);
     *pbWow64 = FromRecord([](const CSystemRecord& record) { return record.bWow64; });
     return TRUE;
 }

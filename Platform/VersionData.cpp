@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
 #include <elf.h>
 #include <fstream>
 #include <limits>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,8 +32,6 @@ class CReader
 public:
     explicit CReader(const std::string& path) : m_file(path, std::ios::binary) {}
 
-    bool IsOpen() const { return m_file.is_open(); }
-
     bool Read(uint64_t nOffset, void* pTarget, size_t nBytes)
     {
         if (nOffset > static_cast<uint64_t>(std::numeric_limits<std::streamoff>::max()))
@@ -56,6 +54,26 @@ bool HasName(CReader& reader, const Elf64_Shdr& names, const Elf64_Shdr& section
            std::memcmp(szName, SectionName, sizeof(SectionName)) == 0;
 }
 
+/// The block's length and its value's, which it states itself.
+struct CLengths
+{
+    WORD nBlock;
+    WORD nValue;
+};
+
+CLengths LengthsOf(LPCVOID pBlock)
+{
+    CLengths lengths = {};
+    std::memcpy(&lengths, pBlock, sizeof(lengths));
+    return lengths;
+}
+
+/// Whether all that the block tells of itself is there: who asks it later does not know its size.
+bool IsWhole(const CBytes& block)
+{
+    return block.size() >= HeaderBytes && LengthsOf(block.data()).nBlock <= block.size();
+}
+
 /// @return 0 and the block, or the error.
 DWORD ReadBlock(CReader& reader, CBytes& block)
 {
@@ -76,16 +94,24 @@ DWORD ReadBlock(CReader& reader, CBytes& block)
         if (!HasName(reader, names, section))
             continue;
         block.resize(std::min<uint64_t>(section.sh_size, MaxBlock));
-        return reader.Read(section.sh_offset, block.data(), block.size()) ? ERROR_SUCCESS
-                                                                          : ERROR_RESOURCE_DATA_NOT_FOUND;
+        return reader.Read(section.sh_offset, block.data(), block.size()) && IsWhole(block)
+                   ? ERROR_SUCCESS
+                   : ERROR_RESOURCE_DATA_NOT_FOUND;
     }
     return ERROR_RESOURCE_TYPE_NOT_FOUND;
 }
 
 DWORD ReadVersion(LPCWSTR szName, CBytes& block)
 {
-    CReader reader(HostPath(szName));
-    return reader.IsOpen() ? ReadBlock(reader, block) : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+    if (!szName)
+        return ERROR_INVALID_PARAMETER;
+    std::string path;
+    CFileId id;
+    const DWORD dwError = FindFile(szName, path, id);
+    if (dwError != ERROR_SUCCESS)
+        return dwError;
+    CReader reader(path);
+    return ReadBlock(reader, block);
 }
 
 } // namespace
@@ -112,7 +138,10 @@ BOOL GetFileVersionInfoW(LPCWSTR szName, DWORD, DWORD nBytes, LPVOID pBlock)
         const DWORD dwError = ReadVersion(szName, block);
         if (dwError != ERROR_SUCCESS)
             return Fail(dwError, FALSE);
-        std::memcpy(pBlock, block.data(), std::min<size_t>(block.size(), nBytes));
+        const auto nCopied = static_cast<WORD>(std::min<size_t>(block.size(), nBytes));
+        if (nCopied < LengthsOf(block.data()).nBlock) // what is cut off is not to be looked for
+            std::memcpy(block.data(), &nCopied, sizeof(nCopied));
+        std::memcpy(pBlock, block.data(), nCopied);
         return TRUE;
     });
 }
@@ -121,14 +150,12 @@ BOOL VerQueryValueW(LPCVOID pBlock, LPCWSTR szSubBlock, LPVOID* ppValue, UINT* p
 {
     *ppValue = nullptr;
     *pnLength = 0;
-    if (!pBlock || !szSubBlock || std::wstring(szSubBlock) != L"\\")
+    if (!pBlock || !szSubBlock || std::wcscmp(szSubBlock, L"\\") != 0)
         return Fail(ERROR_RESOURCE_TYPE_NOT_FOUND, FALSE);
-    WORD lengths[2]; // of the block, of its value
-    std::memcpy(lengths, pBlock, sizeof(lengths));
+    const CLengths lengths = LengthsOf(pBlock);
     const char* const pFixed = static_cast<const char*>(pBlock) + HeaderBytes;
     DWORD dwSignature = 0;
-    const bool bRoom = lengths[1] == sizeof(VS_FIXEDFILEINFO) && lengths[0] >= HeaderBytes + lengths[1];
-    if (bRoom)
+    if (lengths.nValue == sizeof(VS_FIXEDFILEINFO) && lengths.nBlock >= HeaderBytes + lengths.nValue)
         std::memcpy(&dwSignature, pFixed, sizeof(dwSignature));
     if (dwSignature != FixedSignature)
         return Fail(ERROR_RESOURCE_DATA_NOT_FOUND, FALSE);
