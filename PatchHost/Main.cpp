@@ -34,6 +34,7 @@ void Describe(CLI::App& app, COptions& options)
                    "3 details, 4 function entry and exit")
         ->check(CLI::Range(-1, 4))
         ->capture_default_str();
+    app.allow_windows_style_options(false); // a path may begin with a slash
     app.require_subcommand(1);
 
     CLI::App* pRun = app.add_subcommand("run", "the main job against a simulated service, from start to stop");
