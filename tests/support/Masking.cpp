@@ -1,6 +1,7 @@
 #include "Masking.h"
 
 #include <regex>
+#include <vector>
 
 namespace
 {
@@ -22,15 +23,32 @@ const CMask s_masks[] = {
 };
 
 template <class Char>
-std::basic_string<Char> MaskAll(std::basic_string<Char> text)
+struct CCompiledMask
 {
+    std::basic_regex<Char> pattern;
+    std::basic_string<Char> replacement;
+};
+
+template <class Char>
+std::vector<CCompiledMask<Char>> CompileMasks()
+{
+    std::vector<CCompiledMask<Char>> masks;
     for (const CMask& mask : s_masks)
     {
         const std::string pattern = mask.pattern;
         const std::string replacement = mask.replacement;
-        text = std::regex_replace(text, std::basic_regex<Char>(pattern.begin(), pattern.end()),
-                                  std::basic_string<Char>(replacement.begin(), replacement.end()));
+        masks.push_back({ std::basic_regex<Char>(pattern.begin(), pattern.end()),
+                          std::basic_string<Char>(replacement.begin(), replacement.end()) });
     }
+    return masks;
+}
+
+template <class Char>
+std::basic_string<Char> MaskAll(std::basic_string<Char> text)
+{
+    static const std::vector<CCompiledMask<Char>> masks = CompileMasks<Char>(); // compiling them takes milliseconds
+    for (const CCompiledMask<Char>& mask : masks)
+        text = std::regex_replace(text, mask.pattern, mask.replacement);
     return text;
 }
 
