@@ -8,10 +8,24 @@ namespace
 
 const wchar_t s_szFormat[] = L"PatchAdapter: %s";
 
-using SinkOperation = void (ILogSink::*)(const char*, ...);
-
-const SinkOperation s_operations[] = { &ILogSink::LogError, &ILogSink::LogWarning, &ILogSink::LogInfo,
-                                       &ILogSink::LogDetail, &ILogSink::LogTrace };
+// A switch, not a table of member pointers: GCC 12's sanitizers call the first entry of such a table whatever the
+// index.
+void WriteLine(ILogSink& sink, int nKind, const char* format, const char* text)
+{
+    switch (nKind)
+    {
+    case TraceError:
+        return sink.LogError(format, text);
+    case TraceWarning:
+        return sink.LogWarning(format, text);
+    case TraceInfo:
+        return sink.LogInfo(format, text);
+    case TraceDetail:
+        return sink.LogDetail(format, text);
+    default:
+        return sink.LogTrace(format, text);
+    }
+}
 
 std::wstring TextOrEmpty(const wchar_t* szText)
 {
@@ -28,7 +42,7 @@ void CPatchTrace::Write(int nKind, const std::wstring& text) noexcept
     {
         const std::string narrow = COvStringUtil::WideToNarrow(text);
         const std::string format = COvStringUtil::WideToNarrow(s_szFormat);
-        OvCallHost([&] { (m_pSink->*s_operations[nKind])(format.c_str(), narrow.c_str()); });
+        OvCallHost([&] { WriteLine(*m_pSink, nKind, format.c_str(), narrow.c_str()); });
     }
     catch (...)
     {

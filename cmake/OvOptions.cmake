@@ -35,8 +35,9 @@ endif()
 
 set(OV_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize= takes them (address,undefined)")
 if(OV_SANITIZE)
+    # The host's objects may come from another compiler: no type information of ours can be asked of them (vptr).
     # The instrumented code makes GCC take initialised objects for uninitialised ones, the library's own among them.
     target_compile_options(ovOptions INTERFACE
-        -fsanitize=${OV_SANITIZE} -fno-omit-frame-pointer -Wno-maybe-uninitialized)
+        -fsanitize=${OV_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer -Wno-maybe-uninitialized)
     target_link_options(ovOptions INTERFACE -fsanitize=${OV_SANITIZE})
 endif()

@@ -34,6 +34,18 @@ void* operator new(std::size_t nSize)
     throw std::bad_alloc();
 }
 
+void* operator new(std::size_t nSize, const std::nothrow_t&) noexcept
+{
+    try
+    {
+        return ::operator new(nSize);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
+
 void operator delete(void* p) noexcept
 {
     std::free(p);
