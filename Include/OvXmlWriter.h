@@ -9,6 +9,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <type_traits>
 
 class COvXmlWriterTree;
 struct COvXmlWriterNode;
@@ -66,10 +67,7 @@ public:
     void WriteAttr(const std::wstring& name, const T& value, bool bEscape)
     {
         COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
-        std::wostringstream stream;
-        stream.imbue(std::locale::classic());
-        stream << value;
-        WriteAttrW(name.c_str(), stream.str().c_str(), bEscape);
+        WriteAttrW(name.c_str(), AsText(value).c_str(), bEscape);
     }
 
     /// Adds text to the document or element that is open.
@@ -99,6 +97,23 @@ public:
     std::wstring ToString() const;
 
 private:
+    template <class T>
+    static std::wstring AsText(const T& value)
+    {
+        if constexpr (std::is_integral_v<T> && sizeof(T) >= sizeof(short) && !std::is_same_v<T, wchar_t>)
+        {
+            const std::string digits = std::to_string(value);
+            return std::wstring(digits.begin(), digits.end());
+        }
+        else
+        {
+            std::wostringstream stream;
+            stream.imbue(std::locale::classic());
+            stream << value;
+            return stream.str();
+        }
+    }
+
     [[noreturn]] void Refuse(LONG nLine, const wchar_t* szMessage, const COvEvidence& arguments) const;
 
     static constexpr const wchar_t* s_szSource = L"ovCore\\OvXmlWriter";
