@@ -35,14 +35,14 @@ sanitize: setup-native  ## the native suite under the address and undefined-beha
 
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
-	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation)'
+	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt)'
 
 format: setup-format  ## formats every source
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
 
 check-reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
-	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation)'
+	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt)'
 
 format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror

@@ -1,5 +1,6 @@
 // The main job with each allocation of a host's thread failing in its turn: what is done is done right or reported.
 #include "FailingAllocations.h"
+#include "FaultyRun.h"
 #include "MainJob.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
 // The main job with each call of the platform failing in its turn.
+#include "FaultyRun.h"
 #include "MainJob.h"
-
-#include "RevisionRecord.h"
 
 #include <gtest/gtest.h>
 

@@ -1,54 +1,77 @@
-// The whole main job, driven through the built library as a host does, with chosen calls failing.
+// The whole main job, driven through the built library as a host does.
 #pragma once
 
+#include "AgentSimulator/AgentSimulator.h"
+#include "ComApartment.h"
 #include "FailingCalls.h"
+#include "HostRecord.h"
+#include "LoadedLibrary.h"
+#include "RevisionRecord.h"
 
-#include <memory>
-#include <optional>
-#include <set>
-#include <string>
+#include <utility>
 
 inline constexpr wchar_t OLD_REVISION[] = L"rev-1";
-inline constexpr wchar_t NEW_REVISION[] = L"rev-2";
+inline constexpr wchar_t NEW_REVISION[] = L"rev-2"; ///< of the policy that Apply hands in
 
-/// How far apart the samples of a long list are: every seventh is taken, or each in the long form (OV_LONG is set).
-unsigned SampleStep();
-
-/// What a host and the service saw of one run.
-struct COutcome
-{
-    std::string failed;                  ///< the functions that failed, in order
-    unsigned nCalls = 0;                 ///< how many calls were counted
-    bool bEscaped = false;               ///< an exception reached the host
-    bool bAdapter = false;               ///< Initialise gave an adapter
-    std::set<std::string> documents;     ///< the different status and settings documents, masked
-    std::optional<std::wstring> wzRevId; ///< the recorded revision
-    std::string trace;                   ///< every line, of all threads
-    std::string leak;                    ///< what was left open, in words
-};
-
-/// Loads the library, applies a policy to a running service with an observer registered and a status asked for, lets
-/// the service go and come when bTransitions, stops and unloads. The revision before is OLD_REVISION.
-COutcome RunMainJob(const CCallFailure& failure, bool bTransitions = false);
-
-/// The same while the n-th allocation of this thread fails, or it and all that follow. `failed` is "allocation" when it
-/// was reached.
-COutcome RunMainJobShortOfMemory(unsigned nFail, bool bOnwards);
-
-/// An adapter that stays, to which the policy is handed in again and again with calls failing. The service runs.
-class CRepeatedApply
+/// A host with the library loaded and the service running.
+class CMainJob
 {
 public:
-    CRepeatedApply();
-    ~CRepeatedApply();
+    CMainJob()
+    {
+        WatchCalls(m_library.GetModule());
+        m_agent.Start();
+    }
 
-    /// Hands the policy in, with OLD_REVISION recorded before. @return how many calls were counted.
-    unsigned Apply(const CCallFailure& failure);
+    bool Start()
+    {
+        m_pFactory = m_library.MakeFactory();
+        if (m_pFactory != nullptr)
+            m_pAdapter = m_pFactory->Initialise(nullptr, nullptr, &m_callbacks, nullptr);
+        return m_pAdapter != nullptr;
+    }
 
-    /// Whether an exception has reached the host.
-    bool HasEscaped() const { return m_bEscaped; }
+    void Stop()
+    {
+        if (m_pFactory != nullptr)
+            m_pFactory->Uninitialise(m_pAdapter);
+        DeleteAdapterFactory(std::exchange(m_pFactory, nullptr));
+    }
+
+    void Observe() { m_pAdapter->RegisterStateObserver(&m_callbacks); }
+    void AskForStatus() { m_pAdapter->GetStatus(&m_callbacks); }
+    void Apply();
+
+    /// Each change is seen when the monitor has told it, or has ended after a failure.
+    void LetServiceGoAndCome()
+    {
+        m_callbacks.WaitFor("serviceRunning=\"true\"");
+        m_agent.Stop();
+        m_callbacks.WaitFor("serviceRunning=\"false\"");
+        m_agent.Start();
+        m_callbacks.WaitFor("serviceRunning=\"true\"");
+    }
+
+    /// The different status documents and settings documents, masked.
+    std::set<std::string> Documents() const;
+
+    /// Every trace line, of all threads.
+    std::string Trace() const { return m_callbacks.Trace(); }
+
+    HMODULE GetModule() const { return m_library.GetModule(); }
+
+    void Forget()
+    {
+        m_callbacks.Clear();
+        m_agent.ClearRecords();
+    }
 
 private:
-    std::unique_ptr<class CMainJob> m_pJob;
-    bool m_bEscaped = false;
+    CComApartment m_apartment;
+    CLoadedLibrary m_library;
+    CFastPauses m_pauses{ m_library };
+    CAgentSimulator m_agent;
+    CHostCallbacks m_callbacks;
+    IAdapterFactory* m_pFactory = nullptr;
+    IAdapter* m_pAdapter = nullptr;
 };
