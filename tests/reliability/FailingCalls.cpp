@@ -74,8 +74,11 @@ bool Fails(unsigned nIndex)
     ++s_nCalls;
     const bool bInRow =
         s_failure.nFirst != 0 && s_nCalls >= s_failure.nFirst && s_nCalls - s_failure.nFirst < s_failure.nCount;
-    if (!bInRow && s_nCalls != s_failure.nSecond)
+    const bool bInTurn = s_failure.nEvery != 0 && s_nCalls % s_failure.nEvery == 0;
+    if (!bInRow && !bInTurn && s_nCalls != s_failure.nSecond)
         return false;
+    if (s_failed.size() > 1000)
+        return true;
     s_failed += (s_failed.empty() ? "" : " ") + std::string(s_calls[nIndex].szFunction);
     return true;
 }

@@ -15,6 +15,7 @@ struct CCallFailure
     std::string function = {};
     bool bOtherThreads = false; ///< the calls of the threads that the library makes, not those of the arming thread
     unsigned nSecond = 0;       ///< one more call that fails, counted as nFirst; 0: none
+    unsigned nEvery = 0;        ///< every so many calls one fails; 0: none
 
     static constexpr unsigned ONWARDS = std::numeric_limits<unsigned>::max();
 };
@@ -25,7 +26,8 @@ void WatchCalls(HMODULE hLibrary);
 /// Counts from now on, for calls that this thread makes (or others, see CCallFailure), and fails those chosen.
 void ArmFailure(const CCallFailure& failure);
 
-/// Ends it. @return the functions that failed, in order, one space between; empty when the call was not reached.
+/// Ends it. @return the functions that failed, in order, one space between, at least the first ones; empty when the
+/// call was not reached.
 std::string DisarmFailure();
 
 /// The functions that can fail.

@@ -12,6 +12,11 @@ const char s_szPolicy[] =
 
 } // namespace
 
+const char* SamplePolicy()
+{
+    return s_szPolicy;
+}
+
 void CMainJob::Apply()
 {
     m_pAdapter->SetConfiguration(s_szPolicy);

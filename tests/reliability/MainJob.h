@@ -11,7 +11,10 @@
 #include <utility>
 
 inline constexpr wchar_t OLD_REVISION[] = L"rev-1";
-inline constexpr wchar_t NEW_REVISION[] = L"rev-2"; ///< of the policy that Apply hands in
+inline constexpr wchar_t NEW_REVISION[] = L"rev-2"; ///< of the sample policy
+
+/// A good policy document, in the code page 1252.
+const char* SamplePolicy();
 
 /// A host with the library loaded and the service running.
 class CMainJob
@@ -58,7 +61,10 @@ public:
     /// Every trace line, of all threads.
     std::string Trace() const { return m_callbacks.Trace(); }
 
+    IAdapter& Adapter() { return *m_pAdapter; }
     HMODULE GetModule() const { return m_library.GetModule(); }
+
+    void ForgetTrace() { m_callbacks.Clear(); }
 
     void Forget()
     {
