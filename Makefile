@@ -39,7 +39,7 @@ threads: setup-native  ## eight threads in the adapter, under the thread sanitiz
 
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
-	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace)'
+	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|Soak)'
 
 format: setup-format  ## formats every source
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
@@ -50,7 +50,7 @@ check-threads: setup-native  ## eight threads in the adapter, under the thread s
 
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
-	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace)'
+	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|Soak)'
 
 format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
