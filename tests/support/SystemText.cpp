@@ -21,6 +21,12 @@ std::string SystemMessage(LONG lCode)
 
 } // namespace
 
+bool IsWine()
+{
+    const HMODULE hModule = ::GetModuleHandleW(L"ntdll.dll");
+    return hModule != nullptr && ::GetProcAddress(hModule, "wine_get_version") != nullptr;
+}
+
 std::string ErrorCodeText(LONG lCode)
 {
     char szCode[16] = {};
