@@ -5,16 +5,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 namespace
 {
 
 void* s_pFreed = nullptr; // the last block that the library freed
-void(__cdecl* s_pFree)(void*) = nullptr;
 
 void __cdecl RecordFree(void* p)
 {
     s_pFreed = p;
-    s_pFree(p);
+    std::free(p);
 }
 
 } // namespace
@@ -22,10 +23,7 @@ void __cdecl RecordFree(void* p)
 TEST(DestructorSlot, FreesOnlyWhenBit0IsSet)
 {
     const CLoadedLibrary library;
-    s_pFree = reinterpret_cast<void(__cdecl*)(void*)>(
-        PatchImport(library.GetModule(), "free", reinterpret_cast<void*>(&RecordFree)));
-    ASSERT_NE(nullptr, s_pFree);
-
+    ReplaceImport(library.GetModule(), SystemFunction("msvcrt", "free"), reinterpret_cast<void*>(&RecordFree));
     for (const unsigned nFlags : { 0u, 1u, 2u, 3u })
     {
         void* const pFactory = library.MakeFactory();

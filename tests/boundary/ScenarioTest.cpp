@@ -385,7 +385,7 @@ TEST_F(Scenario, EveryTargetWritesTheSameTranscript)
     HostFailures();
     TheEnd();
     if (std::getenv("OV_RECORD_SCENARIO") != nullptr)
-        m_transcript.Write();
+        m_transcript.Record();
     else
         m_transcript.Compare();
 }

@@ -7,22 +7,16 @@
 
 #include <algorithm>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 namespace
 {
 
-std::string Joined(const std::vector<std::string>& lines)
-{
-    std::string text;
-    for (const std::string& line : lines)
-        text += line + "\n";
-    return text;
-}
+const char s_szRecord[] = OV_SCENARIO_FOLDER "/scenario.transcript";
 
 std::vector<std::string> ReadLines(const char* szName)
 {
-    std::ifstream file(std::string(OV_SCENARIO_FOLDER "/") + szName, std::ios::binary);
+    std::ifstream file(szName, std::ios::binary);
     EXPECT_TRUE(file) << szName;
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);)
@@ -50,7 +44,7 @@ void UseWinesLines(std::vector<std::string>& record)
 {
     std::string reason;
     std::string from;
-    for (const std::string& line : ReadLines("scenario.wine"))
+    for (const std::string& line : ReadLines(OV_SCENARIO_FOLDER "/scenario.wine"))
     {
         const std::string text = line.substr(std::min<size_t>(1, line.size()));
         (line[0] == '#' ? reason : from) = line[0] == '+' ? from : text;
@@ -84,15 +78,29 @@ void CTranscript::Add(const std::string& prefix, const std::wstring& text)
     Add(prefix + bytes);
 }
 
-void CTranscript::Write() const
+void CTranscript::Write(const char* szName) const
 {
-    std::ofstream(OV_SCENARIO_FOLDER "/scenario.transcript", std::ios::binary) << Joined(m_lines);
+    std::ofstream file(szName, std::ios::binary);
+    for (const std::string& line : m_lines)
+        file << line << "\n";
+}
+
+void CTranscript::Record() const
+{
+    Write(s_szRecord);
 }
 
 void CTranscript::Compare() const
 {
-    std::vector<std::string> record = ReadLines("scenario.transcript");
+    std::vector<std::string> record = ReadLines(s_szRecord);
     if (IsWine())
         UseWinesLines(record);
-    EXPECT_EQ(Joined(record), Joined(m_lines));
+    const auto [recorded, now] = std::mismatch(record.begin(), record.end(), m_lines.begin(), m_lines.end());
+    if (recorded == record.end() && now == m_lines.end())
+        return;
+    const auto step = std::find_if(std::make_reverse_iterator(now), m_lines.rend(),
+                                   [](const std::string& line) { return line.compare(0, 3, "== ") == 0; });
+    EXPECT_EQ(recorded == record.end() ? "<end>" : *recorded, now == m_lines.end() ? "<end>" : *now)
+        << (step == m_lines.rend() ? "" : *step) << "\nThe whole transcript is now in scenario.actual.";
+    Write("scenario.actual");
 }

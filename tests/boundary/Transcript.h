@@ -19,12 +19,15 @@ public:
     void AddTold(const CHostRecord& record);
 
     /// Makes this the record.
-    void Write() const;
+    void Record() const;
 
-    /// Fails the test where the record differs. Under Wine the lines of the table scenario.wine stand for those of the
-    /// record; a line there that has no reason before it, or replaces nothing, fails the test too.
+    /// Fails the test at the first line that differs from the record. Under Wine the lines of the table scenario.wine
+    /// stand for those of the record; a line there that has no reason before it, or replaces nothing, fails the test
+    /// too.
     void Compare() const;
 
 private:
+    void Write(const char* szName) const;
+
     std::vector<std::string> m_lines;
 };

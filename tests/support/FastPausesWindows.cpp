@@ -2,8 +2,6 @@
 
 #include "ImportTable.h"
 
-#include <stdexcept>
-
 namespace
 {
 
@@ -12,15 +10,16 @@ void WINAPI FastSleep(DWORD dwMilliseconds)
     ::SleepEx(dwMilliseconds / 1000, FALSE);
 }
 
+const void* const s_pFastSleep = reinterpret_cast<const void*>(&FastSleep);
+
 } // namespace
 
 CFastPauses::CFastPauses(HMODULE hModule) : m_hModule(hModule)
 {
-    if (PatchImport(m_hModule, "Sleep", reinterpret_cast<void*>(&FastSleep)) == nullptr)
-        throw std::runtime_error("the module does not import Sleep");
+    ReplaceImport(m_hModule, SystemFunction("kernel32", "Sleep"), s_pFastSleep);
 }
 
 CFastPauses::~CFastPauses()
 {
-    PatchImport(m_hModule, "Sleep", reinterpret_cast<void*>(&::Sleep));
+    ReplaceImport(m_hModule, s_pFastSleep, SystemFunction("kernel32", "Sleep"));
 }

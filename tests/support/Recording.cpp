@@ -36,22 +36,12 @@ std::string CHostRecord::Last() const
     return all.empty() ? "<none>" : all.back().text;
 }
 
-bool CHostRecord::WaitFor(const std::function<bool()>& isThere) const
-{
-    std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::seconds(30), isThere);
-}
-
-bool CHostRecord::WaitForCount(size_t nCount) const
-{
-    return WaitFor([&] { return m_entries.size() >= nCount; });
-}
-
-bool CHostRecord::WaitForText(const std::string& part, size_t nTimes) const
+bool CHostRecord::WaitForText(const std::string& part) const
 {
     const auto contains = [&](const CTold& told) { return told.text.find(part) != std::string::npos; };
-    return WaitFor(
-        [&] { return static_cast<size_t>(std::count_if(m_entries.begin(), m_entries.end(), contains)) >= nTimes; });
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::seconds(30),
+                              [&] { return std::any_of(m_entries.begin(), m_entries.end(), contains); });
 }
 
 template <class Predicate>

@@ -18,7 +18,7 @@ struct CTold
     std::string text;
 };
 
-/// An ordered record that several threads may write and a test may wait on, half a minute at most.
+/// An ordered record that several threads may write.
 class CHostRecord
 {
 public:
@@ -31,9 +31,8 @@ public:
     void Clear();
     std::vector<CTold> All() const;
     size_t Count() const { return All().size(); }
-    std::string Last() const; ///< the last text; "<none>" when there is none
-    bool WaitForCount(size_t nCount) const;
-    bool WaitForText(const std::string& part, size_t nTimes = 1) const; ///< in so many entries
+    std::string Last() const;                        ///< the last text; "<none>" when there is none
+    bool WaitForText(const std::string& part) const; ///< at most half a minute
 
     /// The entries of one thread, or of every other one, in their order: "what text", one a row. Not masked.
     std::string OfThread(DWORD dwThreadId = ::GetCurrentThreadId()) const;
@@ -46,7 +45,6 @@ protected:
     ~CHostRecord() = default;
 
 private:
-    bool WaitFor(const std::function<bool()>& isThere) const;
     template <class Predicate>
     std::string Transcript(Predicate&& isWanted) const;
 
