@@ -1,7 +1,7 @@
 // What the host's callbacks throw: what is written of it, by the operation that called and by the monitor.
 #include "AdapterFixture.h"
 #include "Masking.h"
-#include "SystemText.h"
+#include "Raised.h"
 
 #include <thread>
 
@@ -11,6 +11,12 @@ namespace
 class ForeignException : public CAdapterTest
 {
 };
+
+std::string Code(LONG lCode)
+{
+    const std::wstring item = ErrorItem(L"Code", lCode);
+    return std::string(item.begin(), item.end());
+}
 
 const std::string s_register = "Function: CPatchAdapter::RegisterStateObserver";
 const std::string s_notify = "Function: CMonitorThread::NotifyObservers\n";
@@ -24,7 +30,7 @@ const struct
 } s_rows[] = {
     { [] { throw COvException(E_INVALIDARG, L"a\\Observer", 7, COvEvidence(L"n", LONG{ -1 })); },
       "0 Error: 80070057 File: Observer Line: # Evidence: n: -1\n",
-      ErrorLine("MonitorThread", " { *BEGIN Exception Collection*  Code: " + ErrorCodeText(E_INVALIDARG) +
+      ErrorLine("MonitorThread", " { *BEGIN Exception Collection*  " + Code(E_INVALIDARG) +
                                      " Evidence: n: -1 Source: Observer(#)  **END Exception Collection** } Info Msg: A "
                                      "Monitor Thread exception was encountered Function: CMonitorThread::Error") },
     { [] { throw std::runtime_error("caf\xE9"); },

@@ -3,8 +3,8 @@
 
 #include "AgentSimulator/AgentSimulator.h"
 #include "ComApartment.h"
+#include "Raised.h"
 #include "Recording.h"
-#include "SystemText.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,8 @@ const char s_szNotConnected[] = "1 Info Msg: Unable to connect to the Patch API\
 
 std::string ExceptionReport(const std::string& message)
 {
-    return "1 Info Msg: " + message + " hr: " + ErrorCodeText(E_FAIL) +
+    const std::wstring hr = ErrorItem(L"hr", E_FAIL);
+    return "1 Info Msg: " + message + " " + std::string(hr.begin(), hr.end()) +
            " tzErrorInfo: The IErrorInfo interface returned the message 'error information is unavailable'.\n";
 }
 

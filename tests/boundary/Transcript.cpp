@@ -1,7 +1,7 @@
 #include "Transcript.h"
 
 #include "Masking.h"
-#include "SystemText.h"
+#include "Wine.h"
 
 #include <gtest/gtest.h>
 

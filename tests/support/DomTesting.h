@@ -4,7 +4,7 @@
 #include "ovCore/OvBstr.h"
 #include "ovCore/OvComPtr.h"
 #include "OvPlatform.h"
-#include "SystemText.h"
+#include "Wine.h"
 
 #include <algorithm>
 #include <string>
