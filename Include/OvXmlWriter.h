@@ -61,13 +61,15 @@ public:
         WriteAttrW(name.c_str(), value, bEscape);
     }
 
-    /// As WriteAttrW, with what a wide stream makes of the value: numbers in plain decimal, whatever the locale.
+    /// As WriteAttrW, with what a wide stream makes of the value: numbers in plain decimal, whatever the locale. Lets
+    /// out what the value's operator<< throws.
     template <class T>
     void WriteAttr(const std::wstring& name, const T& value, bool bEscape)
     {
         COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
         std::wostringstream stream;
         stream.imbue(std::locale::classic());
+        stream.exceptions(std::ios_base::badbit); // a stream without memory would drop the value silently
         stream << value;
         WriteAttrW(name.c_str(), stream.str().c_str(), bEscape);
     }
