@@ -6,82 +6,55 @@
 #include <memory>
 #include <vector>
 
-namespace
-{
-
-struct CAttempt
-{
-    DWORD dwAccess;
-    BOOL bInherit;
-    std::wstring strName;
-};
-
-std::vector<CAttempt> s_attempts;
-std::vector<DWORD> s_pauses;
-size_t s_nFound = 0; // the attempt that finds the event; 0: none
-
-} // namespace
+static unsigned s_nAttempts = 0;
+static unsigned s_nFound = 0; // the attempt that finds the event; 0: none
+static std::vector<DWORD> s_pauses;
 
 extern "C"
 {
     HANDLE __wrap_OpenEventW(DWORD dwAccess, BOOL bInherit, LPCWSTR szName)
     {
-        s_attempts.push_back({ dwAccess, bInherit, szName });
-        return s_attempts.size() == s_nFound ? ::CreateEventW(nullptr, TRUE, TRUE, nullptr) : nullptr;
+        EXPECT_TRUE(dwAccess == 0x120000 && bInherit == TRUE && szName == std::wstring(L"name"));
+        return ++s_nAttempts == s_nFound ? ::CreateEventW(nullptr, TRUE, TRUE, nullptr) : nullptr;
     }
 
     void __wrap_Sleep(DWORD dwMilliseconds)
     {
         s_pauses.push_back(dwMilliseconds);
+        EXPECT_EQ(s_nAttempts, s_pauses.size());
     }
 }
 
-namespace
-{
-
-/// The pauses of one opening; one attempt went before each, and one more when the event was found.
-std::vector<DWORD> PausesOf(DWORD dwTotalMs, DWORD dwIntervalMs, size_t nFound = 0)
-{
-    s_attempts.clear();
-    s_pauses.clear();
-    s_nFound = nFound;
-    const std::unique_ptr<COvEvent> pEvent(COvEvent::OpenWithWait(L"name", dwTotalMs, dwIntervalMs, 0x120000, true));
-    EXPECT_EQ(nFound != 0, pEvent->Exists());
-    EXPECT_EQ(nFound != 0, pEvent->Lock(0));
-    EXPECT_EQ(s_attempts.size(), s_pauses.size() + (nFound != 0 ? 1 : 0));
-    for (const CAttempt& attempt : s_attempts)
-        EXPECT_TRUE(attempt.dwAccess == 0x120000 && attempt.bInherit == TRUE && attempt.strName == L"name");
-    return s_pauses;
-}
-
-} // namespace
-
-TEST(OvEventRetry, PausesAfterEachFailure)
+TEST(OvEventRetry, PausesAfterEachFailureAndEndsWithTheEvent)
 {
     const struct
     {
         DWORD dwTotalMs;
         DWORD dwIntervalMs;
+        unsigned nFound;
         std::vector<DWORD> pauses;
     } rows[] = {
-        { 10000, 10000, { 10000 } },
-        { 0, 500, { 0 } },
-        { 25000, 10000, { 10000, 10000, 10000 } },
-        { 5000, 10000, { 5000 } },
-        { 5000, 0, { 0, 0 } },
-        { 0, 0, { 0 } },
-        { 30000, 10000, { 10000, 10000, 10000 } },
-        { 1, 1, { 1 } },
-        { 0xFFFFFFFF, 0x80000000, { 0x80000000, 0x80000000 } },
-        { 0xFFFFFFFF, 0xFFFFFFFF, { 0xFFFFFFFF } },
-        { 0xFFFFFFFF, 0xFFFFFFFE, { 0xFFFFFFFE, 0xFFFFFFFE } },
+        { 10000, 10000, 0, { 10000 } },
+        { 0, 500, 0, { 0 } },
+        { 25000, 10000, 0, { 10000, 10000, 10000 } },
+        { 25000, 10000, 1, {} },
+        { 25000, 10000, 3, { 10000, 10000 } },
+        { 30000, 10000, 0, { 10000, 10000, 10000 } },
+        { 5000, 10000, 0, { 5000 } },
+        { 5000, 0, 0, { 0, 0 } },
+        { 0, 0, 0, { 0 } },
+        { 0xFFFFFFFF, 0x80000000, 0, { 0x80000000, 0x80000000 } },
+        { 0xFFFFFFFF, 0xFFFFFFFE, 0, { 0xFFFFFFFE, 0xFFFFFFFE } },
     };
     for (const auto& row : rows)
-        EXPECT_EQ(row.pauses, PausesOf(row.dwTotalMs, row.dwIntervalMs)) << row.dwTotalMs << " " << row.dwIntervalMs;
-}
-
-TEST(OvEventRetry, EndsWithTheEvent)
-{
-    EXPECT_EQ(std::vector<DWORD>(), PausesOf(25000, 10000, 1));
-    EXPECT_EQ(std::vector<DWORD>({ 10000, 10000 }), PausesOf(25000, 10000, 3));
+    {
+        s_nAttempts = 0;
+        s_nFound = row.nFound;
+        s_pauses.clear();
+        const std::unique_ptr<COvEvent> pEvent(
+            COvEvent::OpenWithWait(L"name", row.dwTotalMs, row.dwIntervalMs, 0x120000, true));
+        EXPECT_EQ(row.nFound != 0, pEvent->Exists() && pEvent->Lock(0));
+        EXPECT_EQ(row.pauses, s_pauses) << row.dwTotalMs << " " << row.dwIntervalMs;
+        EXPECT_EQ(s_pauses.size() + (row.nFound != 0 ? 1 : 0), s_nAttempts);
+    }
 }

@@ -8,12 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <tuple>
 
 namespace
 {
 
 const DWORD s_dwMsCppException = 0xE06D7363;
-const DWORD s_dwSoftware = 0xE0001234;
 
 const void* NewestHandler()
 {
@@ -44,13 +44,19 @@ EXCEPTION_DISPOSITION __cdecl CountPasses(EXCEPTION_RECORD* pRecord, void*, CONT
     return ExceptionContinueSearch;
 }
 
-/// Raises under such a handler, which an exception takes out of the list as it goes.
-__attribute__((noinline)) void RaiseInForeignCode(DWORD dwCode)
+/// Calls under such a handler, which an exception takes out of the list as it goes.
+template <class Call>
+__attribute__((noinline)) void UnderForeignHandler(Call&& call)
 {
     volatile CForeignHandler handler = { NewestHandler(), CountPasses };
     asm volatile("movl %0, %%fs:0" : : "r"(&handler) : "memory");
-    Raise(dwCode);
+    call();
     asm volatile("movl %0, %%fs:0" : : "r"(handler.pNext) : "memory");
+}
+
+void RaiseInForeignCode(DWORD dwCode)
+{
+    UnderForeignHandler([dwCode] { Raise(dwCode); });
 }
 
 /// What a fault that nobody has translated meets at last: the handler gives it a place to read.
@@ -68,16 +74,6 @@ LONG CALLBACK TakeWhatIsLeft(EXCEPTION_POINTERS* pPointers)
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-class CLastHandler
-{
-public:
-    CLastHandler() { s_nLeftAlone = 0; }
-    ~CLastHandler() { ::RemoveVectoredExceptionHandler(m_hHandler); }
-
-private:
-    void* m_hHandler = ::AddVectoredExceptionHandler(0, TakeWhatIsLeft);
-};
-
 } // namespace
 
 TEST(OvHostException, ArrivesAsOneOfOurs)
@@ -90,91 +86,52 @@ TEST(OvHostException, ArrivesAsOneOfOurs)
         s_nSearched = s_nUnwound = 0;
         const auto call = [&] {
             COvSingleLock lock(&section, true);
-            OvCallHost([] { RaiseInForeignCode(s_dwMsCppException); });
+            OvCallHost([] { OvCallHost([] { RaiseInForeignCode(s_dwMsCppException); }); }); // the innermost takes it
         };
         ASSERT_THROW(call(), COvHostException);
         ASSERT_EQ(i, nKept);
         ASSERT_EQ(pBefore, NewestHandler());
-        ASSERT_EQ(1u, s_nSearched);
-        ASSERT_EQ(1u, s_nUnwound); // the host's own frames had their turn
+        ASSERT_TRUE(s_nSearched == 1 && s_nUnwound == 1); // the host's own frames had their turn
         std::thread([&] { COvSingleLock lock(&section, true); }).join();
     }
-}
-
-TEST(OvHostException, IsTakenByTheInnermostCall)
-{
-    bool bInner = false;
-    OvCallHost([&] {
-        try
-        {
-            OvCallHost([] { Raise(s_dwMsCppException, EXCEPTION_NONCONTINUABLE); });
-        }
-        catch (const COvHostException&)
-        {
-            bInner = true;
-        }
-    });
-    EXPECT_TRUE(bInner);
-    EXPECT_THROW(OvCallHost([] { OvCallHost([] { Raise(s_dwMsCppException); }); }), COvHostException);
+    EXPECT_THROW(OvCallHost([] { Raise(s_dwMsCppException, EXCEPTION_NONCONTINUABLE); }), COvHostException);
 }
 
 TEST(OvHostException, EndsInAWorkersError)
 {
-    const struct
-    {
-        DWORD dwCode;
-        const wchar_t* szEvidence;
-    } rows[] = {
-        { s_dwMsCppException, L"Msg: Unknown exception caught.\rStack Dump: \r" },
-        { s_dwSoftware, L"SEH Information: SEH Exception: 0xe0001234\r \rStack Dump: \r" },
+    const std::tuple<DWORD, const char*, const wchar_t*> rows[] = {
+        { s_dwMsCppException, "before work error ", L"Msg: Unknown exception caught.\rStack Dump: \r" },
+        { 0xE0001234, "before work error ",
+          L"SEH Information: SEH Exception: 0xe0001234\r \rStack Dump: \r" }, // a software exception
+        { 0, "before work after ", L"" },                                     // a note for the debugger
     };
     for (const auto& row : rows)
     {
-        CTestWorker worker([&row](CTestWorker&) -> DWORD {
-            OvCallHost([&row] { RaiseInForeignCode(row.dwCode); });
+        const DWORD dwCode = std::get<0>(row);
+        CTestWorker worker([dwCode](CTestWorker&) -> DWORD {
+            OvCallHost([dwCode] { dwCode != 0 ? RaiseInForeignCode(dwCode) : ::OutputDebugStringW(L"note\r\n"); });
+            ::OutputDebugStringW(L"note\r\n");
             return 1;
         });
-        worker.Start(true);
-        worker.WaitForComplete(false);
-        EXPECT_EQ("before work error ", worker.m_strCalls);
-        EXPECT_EQ(row.szEvidence, worker.m_strError);
+        worker.RunToItsEnd();
+        EXPECT_EQ(std::get<1>(row), worker.m_strCalls);
+        EXPECT_EQ(std::get<2>(row), worker.m_strError);
     }
 }
 
-TEST(OvHostException, IsNoMatterOfDebuggersNotes)
+TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHandler)
 {
-    CTestWorker worker([](CTestWorker&) -> DWORD {
-        OvCallHost([] { ::OutputDebugStringW(L"note\r\n"); });
-        ::OutputDebugStringW(L"note\r\n");
-        return 1;
-    });
-    worker.Start(true);
-    worker.WaitForComplete(false);
-    EXPECT_EQ("before work after ", worker.m_strCalls);
-}
-
-TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslator)
-{
-    const CLastHandler last;
+    void* const hLast = ::AddVectoredExceptionHandler(0, TakeWhatIsLeft);
     std::thread([] {
         ReadNowhere();
         OvCallHost([] { ReadNowhere(); });
     }).join();
-    EXPECT_EQ(2u, s_nLeftAlone);
-}
-
-TEST(OvHostException, FaultsUnderAForeignHandlerAreLeftToIt)
-{
-    const CLastHandler last;
     CTestWorker worker([](CTestWorker&) -> DWORD {
-        volatile CForeignHandler handler = { NewestHandler(), CountPasses };
-        asm volatile("movl %0, %%fs:0" : : "r"(&handler) : "memory");
-        ReadNowhere();
-        asm volatile("movl %0, %%fs:0" : : "r"(handler.pNext) : "memory");
+        UnderForeignHandler([] { ReadNowhere(); });
         return 1;
     });
-    worker.Start(true);
-    worker.WaitForComplete(false);
-    EXPECT_EQ(1u, s_nLeftAlone);
+    worker.RunToItsEnd();
+    EXPECT_EQ(3u, s_nLeftAlone);
     EXPECT_EQ("before work after ", worker.m_strCalls);
+    ::RemoveVectoredExceptionHandler(hLast);
 }

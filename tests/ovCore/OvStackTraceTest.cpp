@@ -6,42 +6,45 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
-#include <stdexcept>
 #include <thread>
 
 namespace
 {
 
 const wchar_t s_szFile[] = L"..\\ovCore\\OvThread";
-const wchar_t s_szKey[] = L"SOFTWARE\\Trevok\\Trevok Compliance Agent";
+const DWORD s_dwNoKey = 0xFFFFFFFF;
 
+/// What the switch's key holds under one root.
 struct CSwitch
 {
     DWORD dwType;
     uint64_t nValue;
-    DWORD dwSize; ///< 0: a key without the value
+    DWORD dwSize; ///< 0: a key without the value; s_dwNoKey: no key
 };
 
 void Write(HKEY hRoot, const CSwitch& setting)
 {
     HKEY hKey = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(hRoot, s_szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr));
+    if (setting.dwSize == s_dwNoKey)
+        return;
+    ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(hRoot, L"SOFTWARE\\Trevok\\Trevok Compliance Agent", 0, nullptr, 0,
+                                               KEY_ALL_ACCESS, nullptr, &hKey, nullptr));
     if (setting.dwSize != 0)
-    {
-        EXPECT_EQ(ERROR_SUCCESS, ::RegSetValueExW(hKey, L"StackTraceEnabled", 0, setting.dwType,
-                                                  reinterpret_cast<const BYTE*>(&setting.nValue), setting.dwSize));
-    }
+        ::RegSetValueExW(hKey, L"StackTraceEnabled", 0, setting.dwType, reinterpret_cast<const BYTE*>(&setting.nValue),
+                         setting.dwSize);
     ::RegCloseKey(hKey);
 }
 
 constexpr CSwitch s_on = { REG_DWORD, 1, 4 };
+constexpr CSwitch s_none = { 0, 0, s_dwNoKey };
 
-/// A tracer as the setting makes it, whatever the machine's own is.
-std::unique_ptr<COvStackTrace> MakeTracer(const CSwitch& setting = s_on)
+/// A tracer as the settings of machine and user make it.
+std::unique_ptr<COvStackTrace> MakeTracer(const CSwitch& machine = s_on, const CSwitch& user = s_none)
 {
     const CScratchRegistry registry;
-    Write(HKEY_LOCAL_MACHINE, setting);
+    Write(HKEY_LOCAL_MACHINE, machine);
+    Write(HKEY_CURRENT_USER, user);
+    EXPECT_FALSE(COvStackTrace::Get()->IsOn()); // the process's was made at load
     return std::make_unique<COvStackTrace>();
 }
 
@@ -49,99 +52,55 @@ std::unique_ptr<COvStackTrace> MakeTracer(const CSwitch& setting = s_on)
 
 TEST(OvStackTrace, TheRegistrySwitchesIt)
 {
-    using OptSwitch = std::optional<CSwitch>;
-    const CSwitch noValue = { 0, 0, 0 };
     const struct
     {
-        const char* szWhat;
-        OptSwitch machine;
-        OptSwitch user;
+        CSwitch machine;
+        CSwitch user;
         bool bOn;
+        bool bRecords;
     } rows[] = {
-        { "no key", {}, {}, false },
-        { "machine 1", s_on, {}, true },
-        { "machine 2", CSwitch{ REG_DWORD, 2, 4 }, {}, true },
-        { "machine 0", CSwitch{ REG_DWORD, 0, 4 }, {}, false },
-        { "machine 3", CSwitch{ REG_DWORD, 3, 4 }, {}, false },
-        { "machine 0x101", CSwitch{ REG_DWORD, 0x101, 4 }, {}, false },
-        { "a text", CSwitch{ REG_SZ, '1', 4 }, {}, false },
-        { "eight bytes", CSwitch{ REG_QWORD, 1, 8 }, {}, false },
-        { "binary", CSwitch{ REG_BINARY, 1, 4 }, {}, false },
-        { "two bytes", CSwitch{ REG_DWORD, 1, 2 }, {}, false },
-        { "user 1", {}, s_on, true },
-        { "user 3", {}, CSwitch{ REG_DWORD, 3, 4 }, false },
-        { "machine key without value hides user", noValue, s_on, false },
-        { "machine 0 hides user", CSwitch{ REG_DWORD, 0, 4 }, s_on, false },
+        { s_none, s_none, false, false },
+        { s_on, s_none, true, true },
+        { { REG_DWORD, 2, 4 }, s_none, true, false },
+        { { REG_DWORD, 3, 4 }, s_none, false, false },
+        { { REG_DWORD, 0x101, 4 }, s_none, false, false },
+        { { REG_SZ, '1', 4 }, s_none, false, false },
+        { { REG_QWORD, 1, 8 }, s_none, false, false },
+        { { REG_BINARY, 1, 4 }, s_none, false, false },
+        { { REG_DWORD, 1, 2 }, s_none, false, false },
+        { s_none, s_on, true, true },
+        { { 0, 0, 0 }, s_on, false, false }, // a machine key without the value hides the user's
     };
     for (const auto& row : rows)
     {
-        const CScratchRegistry registry;
-        if (row.machine)
-            Write(HKEY_LOCAL_MACHINE, *row.machine);
-        if (row.user)
-            Write(HKEY_CURRENT_USER, *row.user);
-        EXPECT_EQ(row.bOn, COvStackTrace().IsOn()) << row.szWhat;
+        const auto pTracer = MakeTracer(row.machine, row.user);
+        LONG nDepth = 77;
+        EXPECT_EQ(row.bOn, pTracer->IsOn()) << &row - rows;
+        EXPECT_EQ(row.bRecords, pTracer->Push(L"f", s_szFile, 1, &nDepth)) << &row - rows;
+        EXPECT_EQ(row.bRecords ? 0 : 77, nDepth) << &row - rows;
+        const COvStackTraceScope scope(L"g", s_szFile, 2, pTracer.get());
+        EXPECT_EQ(row.bRecords ? L"\rf [OvThread:1] ^\rg [OvThread:2] ^\r" : L"\r", pTracer->Dump()) << &row - rows;
     }
-}
-
-TEST(OvStackTrace, TheProcesssTracerIsMadeAtLoadAndReadsOnce)
-{
-    const CScratchRegistry registry;
-    Write(HKEY_LOCAL_MACHINE, s_on); // too late: the instance was there before main
-    EXPECT_FALSE(COvStackTrace::Get()->IsOn());
-    EXPECT_EQ(COvStackTrace::Get(), COvStackTrace::Get());
 }
 
 TEST(OvStackTrace, ListsTheOpenScopesOutermostFirst)
 {
     const auto pTracer = MakeTracer();
-    EXPECT_EQ(L"\r", pTracer->Dump());
-    const COvStackTraceScope outer(L"COvThread::Start", s_szFile, 93, pTracer.get());
-    {
-        const COvStackTraceScope inner(L"COvThread::RunAsync", L"OvThread", 60, pTracer.get());
-        const COvStackTraceScope unnamed(nullptr, nullptr, -1, pTracer.get());
-        EXPECT_EQ(L"\rCOvThread::Start [OvThread:93] ^\rCOvThread::RunAsync [OvThread:60] ^\runknown [unknown:-1] ^\r",
-                  pTracer->Dump());
-    }
-    EXPECT_EQ(L"\rCOvThread::Start [OvThread:93] ^\r", pTracer->Dump());
-}
-
-TEST(OvStackTrace, AScopeTakesTheFramesAboveItAlong)
-{
-    const auto pTracer = MakeTracer();
     const COvStackTraceScope outer(L"outer", s_szFile, 1, pTracer.get());
-    LONG nDepth = -1;
-    try
-    {
-        const COvStackTraceScope inner(L"inner", s_szFile, 2, pTracer.get());
-        EXPECT_TRUE(pTracer->Push(L"left behind", s_szFile, 3, &nDepth));
+    const auto fail = [&] {
+        const COvStackTraceScope inner(L"inner", L"OvThread", 2, pTracer.get());
+        const COvStackTraceScope inactive(L"none", s_szFile, 3, nullptr);
+        LONG nDepth = -1;
+        EXPECT_TRUE(pTracer->Push(nullptr, nullptr, -1, &nDepth)); // left behind
         EXPECT_EQ(2, nDepth);
-        throw std::runtime_error("");
-    }
-    catch (const std::exception&)
-    {
-        EXPECT_EQ(L"\router [OvThread:1] ^\r", pTracer->Dump());
-    }
+        EXPECT_EQ(L"\router [OvThread:1] ^\rinner [OvThread:2] ^\runknown [unknown:-1] ^\r", pTracer->Dump());
+        throw 1;
+    };
+    EXPECT_THROW(fail(), int);
     pTracer->Pop(5);
     EXPECT_EQ(L"\router [OvThread:1] ^\r", pTracer->Dump());
     pTracer->Pop(-1);
     EXPECT_EQ(L"\r", pTracer->Dump());
-}
-
-TEST(OvStackTrace, NothingIsRecordedWhenItShouldNotBe)
-{
-    for (const DWORD dwMode : { 0, 2 })
-    {
-        const auto pTracer = MakeTracer({ REG_DWORD, dwMode, 4 });
-        LONG nDepth = 77;
-        EXPECT_EQ(dwMode != 0, pTracer->IsOn());
-        EXPECT_FALSE(pTracer->Push(L"f", s_szFile, 1, &nDepth));
-        EXPECT_EQ(77, nDepth);
-        const COvStackTraceScope scope(L"f", s_szFile, 1, pTracer.get());
-        EXPECT_EQ(L"\r", pTracer->Dump());
-        pTracer->Pop(0);
-    }
-    const COvStackTraceScope none(L"f", s_szFile, 1, nullptr);
 }
 
 TEST(OvStackTrace, EachThreadHasItsOwnStack)
@@ -153,8 +112,7 @@ TEST(OvStackTrace, EachThreadHasItsOwnStack)
         for (int i = 0; i < 2000; ++i)
         {
             const COvStackTraceScope inner(szName, s_szFile, 2, pTracer.get());
-            if (pTracer->Dump() != expected)
-                ADD_FAILURE() << i;
+            EXPECT_EQ(expected, pTracer->Dump());
         }
     };
     std::thread a(work, L"a");
@@ -167,27 +125,20 @@ TEST(OvStackTrace, EachThreadHasItsOwnStack)
 TEST(OvStackTrace, WithoutMemoryAScopeIsInactiveAndTheLockFree)
 {
     const auto pTracer = MakeTracer();
-    {
-        const CFailingNew failing(1);
-        const COvStackTraceScope scope(L"f", s_szFile, 1, pTracer.get());
-        EXPECT_TRUE(failing.Reached());
-    }
     bool bReached = true;
     for (unsigned nFail = 1; bReached; ++nFail)
     {
+        const CFailingNew failing(nFail);
         const COvStackTraceScope scope(L"a name that is too long to be held inside a string", s_szFile, 1,
                                        pTracer.get());
-        const CFailingNew failing(nFail);
         try
         {
             pTracer->Dump();
         }
         catch (const std::bad_alloc&)
         {
-            EXPECT_TRUE(failing.Reached());
         }
         bReached = failing.Reached();
     }
     std::thread([&] { EXPECT_EQ(L"\r", pTracer->Dump()); }).join(); // a lock left held would stop this thread
-    EXPECT_EQ(L"\r", pTracer->Dump());
 }
