@@ -28,32 +28,16 @@ static_assert(IsValue<wchar_t*> && IsValue<char*> && IsValue<bool>);
 static_assert(!IsValue<void*> && !IsValue<const int*> && !IsValue<IUnknown*> && !IsValue<void (*)()>,
               "an address must not turn into a truth value");
 
-/// An exception of another class, which may have nothing to tell.
-class CBareException : public COvBaseException
+/// An exception that has nothing to tell.
+struct CMuteException : COvException
 {
-public:
-    CBareException(const wchar_t* szEvidence, const wchar_t* szFile) : m_szEvidence(szEvidence), m_szFile(szFile) {}
-    HRESULT GetCode() const override { return 0x2000ABCD; }
-    LONG GetLine() const override { return 12; }
-    const wchar_t* GetEvidence(const wchar_t*) const override { return m_szEvidence; }
-    const wchar_t* GetFile() const override { return m_szFile; }
-    void AddInfo(const wchar_t*, LONG, const COvEvidence&) override {}
-    void WriteDebug() const override {}
-
-private:
-    const wchar_t* m_szEvidence;
-    const wchar_t* m_szFile;
+    using COvException::COvException;
+    const wchar_t* GetEvidence(const wchar_t*) const override { return nullptr; }
+    const wchar_t* GetFile() const override { return nullptr; }
 };
 
 const wchar_t s_szBegin[] = L"\r{ *BEGIN Exception Collection* \rCode: 0x2000abcd";
 const wchar_t s_szEnd[] = L"\r **END Exception Collection** }";
-
-COvEvidence Sum(const COvEvidence& a, const COvEvidence& b)
-{
-    COvEvidence sum = a;
-    sum += b;
-    return sum;
-}
 
 } // namespace
 
@@ -63,19 +47,12 @@ TEST(OvEvidence, EachKindOfValueIsWrittenItsOwnWay)
     const COvEvidence a(L"a", 1);
     const COvEvidence b(L"b", 2);
     wchar_t szWritable[] = L"w";
-    const struct
-    {
-        COvEvidence evidence;
-        std::wstring strText;
-    } rows[] = {
+    const std::pair<COvEvidence, std::wstring> rows[] = {
         { empty, L"" },
         { COvEvidence(s_szPair, s_szPair), L"a\xD83D\xDE00z: a\xD83D\xDE00z" },
         { COvEvidence(nullptr, s_szNull), L"<null>: <null>" },
-        { COvEvidence(L"", L""), L": " },
         { COvEvidence(L"n", szWritable), L"n: w" },
-        { COvEvidence(L"n", std::wstring(s_szPair)), L"n: a\xD83D\xDE00z" },
         { COvEvidence(L"n", "caf\xE9 \x80"), L"n: caf\x00E9 \x20AC" },
-        { COvEvidence(L"n", ""), L"n: " },
         { COvEvidence(L"n", s_szNarrowNull), L"n: <null>" },
         { COvEvidence(L"n", COvBstr(s_szPair)), L"n: a\xD83D\xDE00z" },
         { COvEvidence(L"n", COvBstr()), L"n: <null>" },
@@ -86,38 +63,28 @@ TEST(OvEvidence, EachKindOfValueIsWrittenItsOwnWay)
         { COvEvidence(L"n", DWORD{ 0xFFFFFFFFu }), L"n: 4294967295" },
         { COvEvidence(L"n", int64_t{ INT64_MIN }), L"n: -9223372036854775808" },
         { COvEvidence(L"n", 0), L"n: 0" }, // no null pointer
-        { COvEvidence(L"n", -1LL), L"n: -1" },
         { COvEvidence(L"n", USHORT{ 0xFFFF }), L"n: 65535" },
         { COvEvidence(L"n", E_FAIL, false), L"n: -2147467259" },
         { COvEvidence(L"n", 0x2000ABCD, true), L"n: 0x2000abcd" }, // no message
         { COvEvidence(L"n", L"\ra\r\rb\r"), L"n: \ra\r\rb\r" },
         { COvEvidence(L"n", COvStdException("caf\xE9\nx")),
           L"n: \r{\rCode: STL EXCEPTION\rDescription:\rcaf\x00E9\nx\r}" },
-        { COvEvidence(L"n", COvStdException("")), L"n: \r{\rCode: STL EXCEPTION\rDescription:\r\r}" },
         { COvEvidence(L"n", COvStdException(nullptr)), L"n: \r{\rCode: STL EXCEPTION\r}" },
         { COvEvidence(L"ignored", COvException(0x2000ABCD, L"..\\ovCore\\OvThread", 93, a + b)),
           s_szBegin + std::wstring(L"\rEvidence:\ra: 1\rb: 2\rSource: OvThread(93)") + s_szEnd },
         { COvEvidence(nullptr, COvException(0x2000ABCD, nullptr, 0, empty)),
           s_szBegin + std::wstring(L"\rEvidence:\r\rSource: (0)") + s_szEnd },
-        { COvEvidence(L"n", CBareException(nullptr, L"f")), s_szBegin + std::wstring(L"\rSource: f(12)") + s_szEnd },
-        { COvEvidence(L"n", CBareException(L"e", nullptr)), s_szBegin + std::wstring(L"\rEvidence:\re") + s_szEnd },
+        { COvEvidence(L"n", CMuteException(0x2000ABCD, L"f", 1, a)), std::wstring(s_szBegin) + s_szEnd },
         { empty + empty, L"" },
         { a + empty, L"a: 1" },
         { empty + a, L"\ra: 1" },
         { a + b + a, L"a: 1\rb: 2\ra: 1" },
-        { Sum(a, empty), L"a: 1" },
-        { Sum(empty, a), L"\ra: 1" },
-        { Sum(a, b), L"a: 1\rb: 2" },
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.strText, row.evidence.ToString(nullptr));
-}
-
-TEST(OvEvidence, AnErrorCodeCarriesTheSystemsMessageWithoutItsLineEnd)
-{
-    const std::wstring strText = COvEvidence(L"hr", 5, true).ToString(nullptr);
-    EXPECT_TRUE(strText == L"hr: 0x5 Access is denied." || strText == L"hr: 0x5 Access denied.")
-        << testing::PrintToString(strText); // the second is Wine's
+    for (const auto& [evidence, strText] : rows)
+        EXPECT_EQ(strText, evidence.ToString(nullptr));
+    const std::wstring strDenied = COvEvidence(L"hr", 5, true).ToString(nullptr);
+    EXPECT_TRUE(strDenied == L"hr: 0x5 Access is denied." ||
+                strDenied == L"hr: 0x5 Access denied."); // the second is Wine's
 }
 
 TEST(OvEvidence, IsRenderedWithoutChangingAndCopiedAsStored)
@@ -163,32 +130,26 @@ TEST(OvEvidence, WithoutMemoryAnAssignmentKeepsItsTargetAndARaiseThrows)
 TEST(OvErrorInfo, SaysWhatTheObjectLeftBehindOrWhyThereIsNothing)
 {
     const CComApartment apartment;
-    const struct
-    {
-        bool bSupports;
-        HRESULT hrSupports;
-        const wchar_t* szDescription;
-        const wchar_t* szText;
-    } rows[] = {
+    const std::tuple<bool, HRESULT, const wchar_t*, const wchar_t*> rows[] = {
         { false, S_OK, L"unread", L"This object does not implement the ISupportError interface." },
         { true, S_FALSE, L"unread", L"This interface does not implement the IErrorInfo interface." },
         { true, S_OK, nullptr, L"The IErrorInfo interface returned the message 'error information is unavailable'." },
         { true, S_OK, s_szPair, s_szPair },
     };
-    for (const auto& row : rows)
+    for (const auto& [bSupports, hrSupports, szDescription, szText] : rows)
     {
-        CAnsweringObject object(row.bSupports, s_guid, row.hrSupports);
+        CAnsweringObject object(bSupports, s_guid, hrSupports);
         COvComPtr<ICreateErrorInfo> create;
         COvComPtr<IErrorInfo> info;
-        if (row.szDescription != nullptr && SUCCEEDED(::CreateErrorInfo(create.Receive())))
+        if (szDescription != nullptr && SUCCEEDED(::CreateErrorInfo(create.Receive())))
         {
-            create->SetDescription(COvBstr(row.szDescription).Get());
+            create->SetDescription(COvBstr(szDescription).Get());
             create->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(info.Receive()));
         }
         ::SetErrorInfo(0, info.Get());
-        EXPECT_EQ(L"n: " + std::wstring(row.szText), COvEvidence(L"n", &object, s_guid).ToString(nullptr));
-        EXPECT_EQ(0u, object.References()) << testing::PrintToString(row.szText);
+        EXPECT_EQ(L"n: " + std::wstring(szText), COvEvidence(L"n", &object, s_guid).ToString(nullptr));
+        EXPECT_EQ(0u, object.References()) << testing::PrintToString(szText);
     }
-    EXPECT_EQ(rows[0].szText, OvGetErrorInfoText(nullptr, s_guid));
+    EXPECT_EQ(std::get<3>(rows[0]), OvGetErrorInfoText(nullptr, s_guid));
     ::SetErrorInfo(0, nullptr);
 }

@@ -22,11 +22,6 @@ const void* NewestHandler()
     return p;
 }
 
-__attribute__((noinline)) void Raise(DWORD dwCode, DWORD dwFlags = 0)
-{
-    ::RaiseException(dwCode, dwFlags, 0, nullptr);
-}
-
 /// A structured handler as another compiler's code has it: it counts, and lets everything pass.
 struct CForeignHandler
 {
@@ -56,7 +51,7 @@ __attribute__((noinline)) void UnderForeignHandler(Call&& call)
 
 void RaiseInForeignCode(DWORD dwCode)
 {
-    UnderForeignHandler([dwCode] { Raise(dwCode); });
+    UnderForeignHandler([dwCode] { ::RaiseException(dwCode, 0, 0, nullptr); });
 }
 
 /// What a fault that nobody has translated meets at last: the handler gives it a place to read.
@@ -94,7 +89,8 @@ TEST(OvHostException, ArrivesAsOneOfOurs)
         ASSERT_TRUE(s_nSearched == 1 && s_nUnwound == 1); // the host's own frames had their turn
         std::thread([&] { COvSingleLock lock(&section, true); }).join();
     }
-    EXPECT_THROW(OvCallHost([] { Raise(s_dwMsCppException, EXCEPTION_NONCONTINUABLE); }), COvHostException);
+    EXPECT_THROW(OvCallHost([] { ::RaiseException(s_dwMsCppException, EXCEPTION_NONCONTINUABLE, 0, nullptr); }),
+                 COvHostException);
 }
 
 TEST(OvHostException, EndsInAWorkersError)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <tuple>
 
 namespace
 {
@@ -22,8 +23,7 @@ DWORD Nothing(CTestWorker&)
 
 DWORD UntilStopped(CTestWorker& worker)
 {
-    worker.WaitForStop();
-    return s_dwExitCode;
+    return worker.WaitForStop() ? s_dwExitCode : 0;
 }
 
 /// What a thread's function returned; to be asked while its handle is open.
@@ -54,7 +54,7 @@ TEST(OvThread, IsStoppedThroughItsEvent)
     const DWORD dwThreadId = worker.Start(true);
     EXPECT_TRUE(worker.IsRunning());
     EXPECT_FALSE(worker.TestFlag(FLG_CLOSE_HANDLE));
-    EXPECT_EQ(dwThreadId, worker.GetThreadId());
+    COvThreadMgr::Get()->Register(&worker);
     const COvHandle hThread = worker.GetThreadHandle();
     EXPECT_EQ(L"\rm_szDesc: name\rm_pThread->nThreadId: " + std::to_wstring(dwThreadId) +
                   L"\r(DWORD)(HANDLE)m_pThread->hThread: " +
@@ -70,7 +70,10 @@ TEST(OvThread, IsStoppedThroughItsEvent)
     worker.Stop(true, false);
     EXPECT_FALSE(worker.IsRunning());
     EXPECT_EQ(::GetCurrentThreadId(), worker.GetThreadId());
-    EXPECT_EQ(::GetCurrentThread(), worker.GetThreadHandle().Get());
+    COvThreadMgr::Get()->Unregister(0); // this thread has no record
+    EXPECT_EQ(s_szOneManaged, Managed());
+    COvThreadMgr::Get()->Unregister(dwThreadId);
+    EXPECT_EQ(s_szNoneManaged, Managed());
 }
 
 TEST(OvThread, SaysWhyItDoesNotRunAndHasSixFlags)
@@ -81,7 +84,6 @@ TEST(OvThread, SaysWhyItDoesNotRunAndHasSixFlags)
     CTestWorker deleting(Nothing, nullptr);
     deleting.SetFlag(FLG_DEL_ON_STOP);
     const std::pair<std::function<void()>, const wchar_t*> rows[] = {
-        { [&] { running.Start(true); }, L"This instance is already running | m_szDesc: first" },
         { [&] { running.Start(false); }, L"This instance is already running | m_szDesc: first" },
         { [&] { unstoppable.Start(true); }, L"No Stop event was requested in the ctor. This is required to use the "
                                             L"Start() method | m_szDesc: second" },
@@ -103,41 +105,41 @@ TEST(OvThread, SaysWhyItDoesNotRunAndHasSixFlags)
 TEST(OvThread, TakesWhateverItsBodyThrows)
 {
     const COvException own(E_ACCESSDENIED, L"..\\folder\\Source", 7, COvEvidence(L"Info Msg", L"own"));
-    const std::tuple<std::function<void()>, HRESULT, const wchar_t*, const wchar_t*> rows[] = {
-        { [] { throw std::runtime_error("standard"); }, E_FAIL, L"OvThread",
-          L"Exception Info: \r{\rCode: STL EXCEPTION\rDescription:\rstandard\r}\rStack Dump: \r" },
-        { [&] { throw own; }, E_ACCESSDENIED, L"Source", L"Info Msg: own" },
-        { [] { throw 1; }, E_FAIL, L"OvThread", L"Msg: Unknown exception caught.\rStack Dump: \r" },
-        { nullptr, S_OK, L"", L"" }
+    const struct
+    {
+        std::function<void()> fail;
+        const char* szStep;
+        const char* szCalls;
+        DWORD dwExitCode;
+        std::wstring strError;
+    } rows[] = {
+        { nullptr, "", "before work after ", s_dwExitCode, L"" },
+        { [] { throw std::runtime_error("standard"); }, "before", "before error ", 0,
+          L"OvThread Exception Info: \r{\rCode: STL EXCEPTION\rDescription:\rstandard\r}\rStack Dump: \r" },
+        { [] { throw 1; }, "work", "before work error ", 0,
+          L"OvThread Msg: Unknown exception caught.\rStack Dump: \r" },
+        { [&] { throw own; }, "after", "before work after error ", s_dwExitCode, L"Source Info Msg: own" },
     };
-    const std::tuple<const char*, const char*, DWORD> steps[] = {
-        { "before", "before error ", 0 },
-        { "work", "before work error ", 0 },
-        { "after", "before work after error ", s_dwExitCode },
-    };
-    for (const auto& [fail, hr, szFile, szEvidence] : rows)
-        for (const auto& [szStep, szCalls, dwExitCode] : steps)
-            for (const bool bAsync : { true, false })
-            {
-                bool bRunning = !bAsync;
-                CTestWorker worker([&](CTestWorker& w) { return bRunning = w.IsRunning(), s_dwExitCode; });
-                worker.m_strFailAt = fail ? szStep : "";
-                worker.m_fail = fail;
-                const DWORD dwThreadId = worker.Start(bAsync);
-                EXPECT_EQ(bAsync, dwThreadId != ::GetCurrentThreadId());
-                if (bAsync)
-                {
-                    EXPECT_EQ(fail ? dwExitCode : s_dwExitCode, ExitCode(worker.OwnHandle())) << szStep;
-                }
-                worker.WaitForComplete(false);
-                EXPECT_EQ(fail ? szCalls : "before work after ", worker.m_strCalls) << bAsync;
-                EXPECT_EQ(dwThreadId, worker.m_dwCalledOn) << szStep << bAsync;
-                EXPECT_TRUE(bRunning == bAsync || fail) << szStep << bAsync;
-                EXPECT_TRUE(hr == worker.m_hrError && szFile == worker.m_strErrorFile) << szStep << bAsync;
-                EXPECT_EQ(szEvidence, worker.m_strError) << szStep << bAsync;
-                EXPECT_STREQ(szEvidence, fail ? worker.LastError()->GetEvidence(nullptr) : L"") << szStep << bAsync;
-                EXPECT_FALSE(worker.IsRunning()) << szStep << bAsync;
-            }
+    for (const auto& row : rows)
+        for (const bool bAsync : { true, false })
+        {
+            bool bRunning = bAsync;
+            CTestWorker worker([&](CTestWorker& w) { return bRunning = w.IsRunning(), s_dwExitCode; });
+            worker.m_strFailAt = row.szStep;
+            worker.m_fail = row.fail;
+            const DWORD dwThreadId = worker.Start(bAsync);
+            EXPECT_EQ(bAsync, dwThreadId != ::GetCurrentThreadId());
+            EXPECT_EQ(bAsync ? row.dwExitCode : 0, ExitCode(worker.OwnHandle())) << row.szCalls;
+            worker.WaitForComplete(false);
+            EXPECT_EQ(row.szCalls, worker.m_strCalls) << bAsync;
+            EXPECT_EQ(dwThreadId, worker.m_dwCalledOn) << row.szCalls << bAsync;
+            EXPECT_TRUE(bRunning == bAsync && !worker.IsRunning()) << row.szCalls << bAsync;
+            if (!row.fail)
+                continue;
+            EXPECT_EQ(row.strError, worker.m_strErrorFile + L" " + worker.m_strError);
+            EXPECT_EQ(worker.m_strError, worker.LastError()->GetEvidence(nullptr));
+            EXPECT_EQ(worker.m_hrError, worker.LastError()->GetCode());
+        }
 }
 
 TEST(OvThread, LetsAnErrorsErrorOutOfASynchronousRunAlone)
@@ -177,23 +179,6 @@ TEST(OvThread, FindsItselfInTheRegistryAndDeletesItselfWhileItIsBeingStarted)
     }
 }
 
-TEST(OvThreadMgr, KeepsARecordUntilItIsTakenOut)
-{
-    CTestWorker worker(UntilStopped);
-    COvThreadMgr* const pManager = COvThreadMgr::Get();
-    const DWORD dwThreadId = worker.Start(true);
-    pManager->Register(&worker);
-    worker.Stop(true, false);
-    pManager->Unregister(0); // this thread has no record
-    EXPECT_EQ(s_szOneManaged, Managed());
-    pManager->Unregister(dwThreadId);
-    EXPECT_EQ(s_szNoneManaged, Managed());
-    pManager->Register(&worker); // not started: the calling thread
-    EXPECT_EQ(s_szOneManaged, Managed());
-    pManager->Unregister(0);
-    EXPECT_EQ(s_szNoneManaged, Managed());
-}
-
 TEST(OvThread, IsRunWithoutStartOrOnTheCallersThread)
 {
     COvEvent done(false, true, nullptr, nullptr);
@@ -224,33 +209,27 @@ TEST(OvThread, IsRunWithoutStartOrOnTheCallersThread)
 
 TEST(OvThread, LivesInTheApartmentThatItAskedFor)
 {
-    const auto create = [] { // outside an apartment: another failure while a thread is in the multithreaded one
-        const CLSID clsidNone = { 0x3B1F6A0D, 0x52C4, 0x4E6B, { 0x9A, 0x61, 0x0C, 0x7D, 0x2E, 0x4F, 0x85, 0x13 } };
-        void* p = nullptr;
-        return ::CoCreateInstance(clsidNone, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &p);
+    const std::tuple<bool, bool, HRESULT> rows[] = {
+        { false, false, S_OK }, { true, false, RPC_E_CHANGED_MODE }, { false, true, S_FALSE }, { true, true, S_FALSE }
     };
-    for (const bool bSta : { false, true })
-        for (const bool bMta : { false, true })
-        {
-            COvEvent entered(false, true, nullptr, nullptr);
-            CTestWorker worker([&](CTestWorker& w) {
-                const HRESULT hr = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-                EXPECT_EQ(bMta ? S_FALSE : bSta ? RPC_E_CHANGED_MODE : S_OK, hr);
-                if (SUCCEEDED(hr))
-                    ::CoUninitialize();
-                entered.SetEvent();
-                return UntilStopped(w);
-            });
-            if (bSta)
-                worker.SetFlag(FLG_COM_STA);
-            if (bMta)
-                worker.SetFlag(FLG_COM_MTA);
-            worker.Start(true);
-            EXPECT_TRUE(entered.Lock(INFINITE));
-            EXPECT_EQ(bMta ? REGDB_E_CLASSNOTREG : CO_E_NOTINITIALIZED, create());
-            worker.Stop(true, false);
-            EXPECT_EQ(CO_E_NOTINITIALIZED, create()); // the worker has left it
-        }
+    for (const auto& [bSta, bMta, hrEnterMta] : rows)
+    {
+        HRESULT hr = E_FAIL;
+        CTestWorker worker([&hr](CTestWorker&) {
+            hr = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+            if (SUCCEEDED(hr))
+                ::CoUninitialize();
+            return s_dwExitCode;
+        });
+        if (bSta)
+            worker.SetFlag(FLG_COM_STA);
+        if (bMta)
+            worker.SetFlag(FLG_COM_MTA);
+        worker.RunToItsEnd();
+        EXPECT_EQ(hrEnterMta, hr);
+        void* p = nullptr; // nobody is in the multithreaded apartment any more
+        EXPECT_EQ(CO_E_NOTINITIALIZED, ::CoCreateInstance(GUID(), nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &p));
+    }
 }
 
 TEST(OvThread, TellsTheDebuggerOfItsEnd)

@@ -10,11 +10,7 @@
 
 TEST(OvXmlEscape, EscapesWhatIsNotPlainAscii)
 {
-    const struct
-    {
-        std::wstring text;
-        std::wstring escaped;
-    } rows[] = {
+    const std::pair<std::wstring, std::wstring> rows[] = {
         { L"", L"" },
         { L"plain ASCII, 100%; ~!", L"plain ASCII, 100%; ~!" },
         { L"a<b>&\"'", L"a&lt;b&gt;&amp;&quot;&apos;" },
@@ -30,8 +26,8 @@ TEST(OvXmlEscape, EscapesWhatIsNotPlainAscii)
         { L"\xD83Dx\xDE00", L"&#xD83D;x&#xDE00;" },
         { L"\xD7FF\xE000", L"&#xD7FF;&#xE000;" },
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.escaped, COvXmlEscape::Escape(row.text));
+    for (const auto& [text, escaped] : rows)
+        EXPECT_EQ(escaped, COvXmlEscape::Escape(text));
     EXPECT_EQ(8000u, COvXmlEscape::Escape(std::wstring(1000, L'\x00E9')).size());
 }
 

@@ -13,11 +13,7 @@
 namespace
 {
 
-struct CAnswer
-{
-    int nResult;
-    DWORD dwError;
-};
+using CAnswer = std::pair<int, DWORD>; // a call's result and the last error that it leaves
 
 std::vector<CAnswer> s_answers;     // of the next conversions, in order
 std::vector<int> s_sizes;           // the room that each conversion was given
@@ -27,9 +23,9 @@ IErrorInfo* s_pErrorInfo = nullptr; // what the thread has, if anything
 int Answer(int nSize)
 {
     s_sizes.push_back(nSize);
-    const CAnswer answer = s_answers.at(s_sizes.size() - 1);
-    ::SetLastError(answer.dwError);
-    return answer.nResult;
+    const auto [nResult, dwError] = s_answers.at(s_sizes.size() - 1);
+    ::SetLastError(dwError);
+    return nResult;
 }
 
 /// The length of the converted text, or the exception's.
