@@ -15,19 +15,6 @@ static std::unique_ptr<COvEvent> Open(const wchar_t* szName)
     return std::unique_ptr<COvEvent>(COvEvent::OpenWithWait(szName, 0, 500, SYNCHRONIZE | READ_CONTROL, false));
 }
 
-TEST(OvEvent, IsSetUntilItIsWaitedForOrForGood)
-{
-    for (const bool bManual : { false, true })
-        for (const bool bInitial : { false, true })
-        {
-            COvEvent event(bInitial, bManual, nullptr, nullptr);
-            EXPECT_EQ(bInitial, event.Lock(0));
-            EXPECT_TRUE(event.SetEvent() && event.SetEvent());
-            EXPECT_TRUE(event.Lock(0));
-            EXPECT_EQ(bManual, event.Lock(0));
-        }
-}
-
 TEST(OvEvent, OfANameIsOneForAll)
 {
     const wchar_t szName[] = L"Local\\OvEventTest_\xD83D\xDE00";

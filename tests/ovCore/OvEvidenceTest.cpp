@@ -6,6 +6,7 @@
 
 #include "AnsweringObject.h"
 #include "ComApartment.h"
+#include "DebuggerTexts.h"
 #include "FailingNew.h"
 
 #include <gtest/gtest.h>
@@ -36,9 +37,6 @@ struct CMuteException : COvException
     const wchar_t* GetFile() const override { return nullptr; }
 };
 
-const wchar_t s_szBegin[] = L"\r{ *BEGIN Exception Collection* \rCode: 0x2000abcd";
-const wchar_t s_szEnd[] = L"\r **END Exception Collection** }";
-
 } // namespace
 
 TEST(OvEvidence, EachKindOfValueIsWrittenItsOwnWay)
@@ -47,38 +45,29 @@ TEST(OvEvidence, EachKindOfValueIsWrittenItsOwnWay)
     const COvEvidence a(L"a", 1);
     const COvEvidence b(L"b", 2);
     wchar_t szWritable[] = L"w";
-    const std::pair<COvEvidence, std::wstring> rows[] = {
-        { empty, L"" },
-        { COvEvidence(s_szPair, s_szPair), L"a\xD83D\xDE00z: a\xD83D\xDE00z" },
-        { COvEvidence(nullptr, s_szNull), L"<null>: <null>" },
-        { COvEvidence(L"n", szWritable), L"n: w" },
-        { COvEvidence(L"n", "caf\xE9 \x80"), L"n: caf\x00E9 \x20AC" },
-        { COvEvidence(L"n", s_szNarrowNull), L"n: <null>" },
-        { COvEvidence(L"n", COvBstr(s_szPair)), L"n: a\xD83D\xDE00z" },
-        { COvEvidence(L"n", COvBstr()), L"n: <null>" },
-        { COvEvidence(L"n", true), L"n: <true>" },
-        { COvEvidence(L"n", false), L"n: <false>" },
-        { COvEvidence(L"n", s_guid), L"n: {6F1D2C84-3B57-4E0A-9C41-7A5E0D93B2F6}" },
-        { COvEvidence(L"n", LONG{ INT_MIN }), L"n: -2147483648" },
-        { COvEvidence(L"n", DWORD{ 0xFFFFFFFFu }), L"n: 4294967295" },
-        { COvEvidence(L"n", int64_t{ INT64_MIN }), L"n: -9223372036854775808" },
-        { COvEvidence(L"n", 0), L"n: 0" }, // no null pointer
-        { COvEvidence(L"n", USHORT{ 0xFFFF }), L"n: 65535" },
-        { COvEvidence(L"n", E_FAIL, false), L"n: -2147467259" },
-        { COvEvidence(L"n", 0x2000ABCD, true), L"n: 0x2000abcd" }, // no message
-        { COvEvidence(L"n", L"\ra\r\rb\r"), L"n: \ra\r\rb\r" },
-        { COvEvidence(L"n", COvStdException("caf\xE9\nx")),
-          L"n: \r{\rCode: STL EXCEPTION\rDescription:\rcaf\x00E9\nx\r}" },
-        { COvEvidence(L"n", COvStdException(nullptr)), L"n: \r{\rCode: STL EXCEPTION\r}" },
-        { COvEvidence(L"ignored", COvException(0x2000ABCD, L"..\\ovCore\\OvThread", 93, a + b)),
-          s_szBegin + std::wstring(L"\rEvidence:\ra: 1\rb: 2\rSource: OvThread(93)") + s_szEnd },
-        { COvEvidence(nullptr, COvException(0x2000ABCD, nullptr, 0, empty)),
-          s_szBegin + std::wstring(L"\rEvidence:\r\rSource: (0)") + s_szEnd },
-        { COvEvidence(L"n", CMuteException(0x2000ABCD, L"f", 1, a)), std::wstring(s_szBegin) + s_szEnd },
+    using E = COvEvidence;
+    const std::wstring strBegin = L"\r{ *BEGIN Exception Collection* \rCode: 0x2000abcd";
+    const std::wstring strEnd = L"\r **END Exception Collection** }";
+    const E values = E(s_szPair, s_szPair) + E(nullptr, s_szNull) + E(L"n", szWritable) + E(L"n", "caf\xE9 \x80") +
+                     E(L"n", s_szNarrowNull) + E(L"n", std::wstring(L"w")) + E(L"n", COvBstr(L"b")) +
+                     E(L"n", COvBstr()) + E(L"n", true) + E(L"n", false) + E(L"n", s_guid) + E(L"n", LONG{ INT_MIN }) +
+                     E(L"n", DWORD{ 0xFFFFFFFFu }) + E(L"n", int64_t{ INT64_MIN }) + E(L"n", USHORT{ 0xFFFF }) +
+                     E(L"no pointer", 0) + E(L"n", E_FAIL, false) + E(L"no message", 0x2000ABCD, true);
+    EXPECT_STREQ(L"a\xD83D\xDE00z: a\xD83D\xDE00z <null>: <null> n: w n: caf\x00E9 \x20AC n: <null> n: w n: b n: "
+                 L"<null> n: <true> n: <false> n: {6F1D2C84-3B57-4E0A-9C41-7A5E0D93B2F6} n: -2147483648 n: 4294967295 "
+                 L"n: -9223372036854775808 n: 65535 no pointer: 0 n: -2147467259 no message: 0x2000abcd",
+                 values.ToString(L" "));
+    const std::pair<E, std::wstring> rows[] = {
+        { E(L"n", COvStdException("caf\xE9\nx")), L"n: \r{\rCode: STL EXCEPTION\rDescription:\rcaf\x00E9\nx\r}" },
+        { E(L"n", COvStdException(nullptr)), L"n: \r{\rCode: STL EXCEPTION\r}" },
+        { E(L"ignored", COvException(0x2000ABCD, L"..\\ovCore\\OvThread", 93, a + b)),
+          strBegin + L"\rEvidence:\ra: 1\rb: 2\rSource: OvThread(93)" + strEnd },
+        { E(nullptr, COvException(0x2000ABCD, nullptr, 0, empty)), strBegin + L"\rEvidence:\r\rSource: (0)" + strEnd },
+        { E(L"n", CMuteException(0x2000ABCD, L"f", 1, a)), strBegin + strEnd },
         { empty + empty, L"" },
         { a + empty, L"a: 1" },
         { empty + a, L"\ra: 1" },
-        { a + b + a, L"a: 1\rb: 2\ra: 1" },
+        { a + b + a, L"a: 1\rb: 2\ra: 1" }
     };
     for (const auto& [evidence, strText] : rows)
         EXPECT_EQ(strText, evidence.ToString(nullptr));
@@ -87,10 +76,9 @@ TEST(OvEvidence, EachKindOfValueIsWrittenItsOwnWay)
                 strDenied == L"hr: 0x5 Access denied."); // the second is Wine's
 }
 
-TEST(OvEvidence, IsRenderedWithoutChangingAndCopiedAsStored)
+TEST(OvEvidence, IsRenderedAndCopiedAsStored)
 {
     COvEvidence evidence = COvEvidence(L"a", L"1\n") + COvEvidence(L"b", s_szPair);
-    EXPECT_STREQ(L"a: 1\n b: a\xD83D\xDE00z", evidence.ToString(L" "));
     EXPECT_STREQ(L"a: 1\n\r\nb: a\xD83D\xDE00z", evidence.ToString(L"\r\n"));
     EXPECT_STREQ(L"a: 1\nb: a\xD83D\xDE00z", evidence.ToString(L""));
     const COvEvidence copy(evidence);
@@ -99,10 +87,32 @@ TEST(OvEvidence, IsRenderedWithoutChangingAndCopiedAsStored)
     EXPECT_STREQ(L"a: 1\n+b: a\xD83D\xDE00z+a: 1\n+b: a\xD83D\xDE00z", evidence.ToString(L"+"));
 }
 
-TEST(OvEvidence, WithoutMemoryAnAssignmentKeepsItsTargetAndARaiseThrows)
+TEST(OvException, KeepsTheFilesNameAndWritesSixTextsToTheDebugger)
+{
+    CDebuggerTexts captured;
+    COvException e(E_FAIL, L"..\\ovCore\\OvThread", 97, COvEvidence(L"a", 1));
+    e.AddInfo(L"..\\a\\f", 7, COvEvidence(L"b", L"caf\x00E9") + COvEvidence(L"c", 3));
+    e.AddInfo(L"g", -1, COvEvidence());
+    const COvException copy(e);
+    copy.WriteDebug();
+    const std::vector<std::wstring> expected = {
+        L"\r\n++++ COvException::WriteDebug() ++++\r\n",
+        L"OvThread(97): Error:-2147467259 -2147467259: TID:" + std::to_wstring(::GetCurrentThreadId()) + L" ",
+        L"\r\n",
+        L"\r\n",
+        L"a: 1\r\nMore Info From f(7): b: caf\x00E9\r\nc: 3\r\nMore Info From g(-1): ",
+        L"\r\n",
+    };
+    EXPECT_EQ(expected, captured.Take());
+    EXPECT_STREQ(L"a/b", COvException(E_FAIL, L"a/b", 1, COvEvidence()).GetFile());
+    EXPECT_STREQ(L"", COvException(E_FAIL, L"a\\", 1, COvEvidence()).GetFile());
+}
+
+TEST(OvException, IsRaisedAndTakesInfoWithoutMemoryToo)
 {
     const COvEvidence source(L"name", std::wstring(100, L'x'));
     COvEvidence target(L"kept", 1);
+    unsigned nFallbacks = 0;
     bool bReached = true;
     for (unsigned nFail = 1; bReached; ++nFail)
     {
@@ -112,18 +122,20 @@ TEST(OvEvidence, WithoutMemoryAnAssignmentKeepsItsTargetAndARaiseThrows)
         try
         {
             OvRaise(0x2000ABCD, L"ovCore\\ASourceWhoseNameIsLong", 7,
-                    source + COvEvidence(L"narrow", "a narrow text that is not short at all") +
-                        COvEvidence(L"hr", 5, true) + COvEvidence(L"guid", s_guid) +
-                        COvEvidence(L"Exception Info", COvStdException("what")));
+                    source + COvEvidence(L"hr", 5, true) + COvEvidence(L"n", COvStdException("what is not short")));
         }
-        catch (const COvException& e)
+        catch (COvException& e)
         {
-            const bool bStored = e.GetCode() == 0x2000ABCD && e.GetLine() == 7;
-            const bool bFallback = e.GetCode() == E_FAIL && e.GetLine() == 0 && e.GetFile()[0] == L'\0';
-            EXPECT_TRUE(bStored || bFallback) << "allocation " << nFail;
+            const bool bFallback = e.GetCode() == E_FAIL;
+            EXPECT_EQ(bFallback ? 0 : 7, e.GetLine()) << "allocation " << nFail;
+            EXPECT_STREQ(bFallback ? L"" : L"ASourceWhoseNameIsLong", e.GetFile()) << "allocation " << nFail;
+            nFallbacks += bFallback && *e.GetEvidence(nullptr) == L'\0' ? 1 : 0;
+            e.WriteDebug();
+            e.AddInfo(L"c:\\AFileNameThatIsTooLongToBeHeldInside", 3, source);
         }
         bReached = failing.Reached();
     }
+    EXPECT_EQ(2u, nFallbacks); // the file's name, the evidence
     EXPECT_STREQ(L"kept: 1", target.ToString(nullptr));
 }
 

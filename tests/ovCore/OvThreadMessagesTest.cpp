@@ -20,13 +20,11 @@ extern "C"
     BOOL __real_GetMessageW(LPMSG pMsg, HWND hWnd, UINT nMin, UINT nMax);
     BOOL __wrap_GetMessageW(LPMSG pMsg, HWND hWnd, UINT nMin, UINT nMax)
     {
-        s_strCalls += "W";
-        return __real_GetMessageW(pMsg, hWnd, nMin, nMax);
+        return s_strCalls += "W", __real_GetMessageW(pMsg, hWnd, nMin, nMax);
     }
     BOOL __wrap_GetMessageA(LPMSG pMsg, HWND hWnd, UINT nMin, UINT nMax)
     {
-        s_strCalls += "A";
-        return __real_GetMessageW(pMsg, hWnd, nMin, nMax);
+        return s_strCalls += "A", __real_GetMessageW(pMsg, hWnd, nMin, nMax);
     }
     BOOL __wrap_IsWindowUnicode(HWND)
     {

@@ -40,8 +40,8 @@ std::wstring Managed()
     return COvThreadMgr::Get()->GetEvidence().ToString(nullptr);
 }
 
-const wchar_t s_szNoneManaged[] = L"Managed thread count: 0";
-const wchar_t s_szOneManaged[] = L"Managed thread count: 1";
+const std::wstring s_strNoneManaged = L"Managed thread count: 0";
+const std::wstring s_strOneManaged = L"Managed thread count: 1";
 
 } // namespace
 
@@ -64,16 +64,14 @@ TEST(OvThread, IsStoppedThroughItsEvent)
     worker.Stop(true, false); // knows nothing of it any more
     EXPECT_EQ(WAIT_TIMEOUT, ::WaitForSingleObject(hThread.Get(), 0));
     worker.Start(true);
-    worker.Stop(false, false); // one event stops them both, and is never reset
+    worker.Stop(true, false); // one event stops them both, and is never reset
     EXPECT_EQ(s_dwExitCode, ExitCode(hThread.Get()));
-    EXPECT_NE(nullptr, worker.OwnHandle());
-    worker.Stop(true, false);
-    EXPECT_FALSE(worker.IsRunning());
+    EXPECT_TRUE(!worker.IsRunning() && worker.OwnHandle() == nullptr);
     EXPECT_EQ(::GetCurrentThreadId(), worker.GetThreadId());
     COvThreadMgr::Get()->Unregister(0); // this thread has no record
-    EXPECT_EQ(s_szOneManaged, Managed());
+    EXPECT_EQ(s_strOneManaged, Managed());
     COvThreadMgr::Get()->Unregister(dwThreadId);
-    EXPECT_EQ(s_szNoneManaged, Managed());
+    EXPECT_EQ(s_strNoneManaged, Managed());
 }
 
 TEST(OvThread, SaysWhyItDoesNotRunAndHasSixFlags)
@@ -102,7 +100,7 @@ TEST(OvThread, SaysWhyItDoesNotRunAndHasSixFlags)
     }
 }
 
-TEST(OvThread, TakesWhateverItsBodyThrows)
+TEST(OvThread, TakesWhateverItsBodyThrowsButNotWhatASynchronousErrorDoes)
 {
     const COvException own(E_ACCESSDENIED, L"..\\folder\\Source", 7, COvEvidence(L"Info Msg", L"own"));
     const struct
@@ -139,16 +137,10 @@ TEST(OvThread, TakesWhateverItsBodyThrows)
             EXPECT_EQ(row.strError, worker.m_strErrorFile + L" " + worker.m_strError);
             EXPECT_EQ(worker.m_strError, worker.LastError()->GetEvidence(nullptr));
             EXPECT_EQ(worker.m_hrError, worker.LastError()->GetCode());
+            worker.m_onError = [] { throw std::runtime_error("the error's own"); };
+            worker.RunToItsEnd(); // keeps it
+            EXPECT_THROW(worker.Start(false), std::runtime_error);
         }
-}
-
-TEST(OvThread, LetsAnErrorsErrorOutOfASynchronousRunAlone)
-{
-    CTestWorker worker([](CTestWorker&) -> DWORD { throw 1; });
-    worker.m_onError = [] { throw std::runtime_error("the second"); };
-    worker.RunToItsEnd();
-    EXPECT_THROW(worker.Start(false), std::runtime_error);
-    EXPECT_EQ("before work error before work error ", worker.m_strCalls);
 }
 
 TEST(OvThread, FindsItselfInTheRegistryAndDeletesItselfWhileItIsBeingStarted)
@@ -157,25 +149,21 @@ TEST(OvThread, FindsItselfInTheRegistryAndDeletesItselfWhileItIsBeingStarted)
     {
         COvEvent done(false, true, nullptr, nullptr);
         COvHandle hWorker;
-        DWORD dwOwnId = 0;
-        std::wstring strManaged;
+        std::wstring strSeen;
         auto* const pWorker = new CTestWorker([&](CTestWorker& w) -> DWORD {
-            hWorker = w.GetThreadHandle();
-            dwOwnId = w.GetThreadId();
-            strManaged = Managed();
             COvThreadMgr::Get()->Register(&w); // a second time changes nothing
+            hWorker = w.GetThreadHandle();
+            strSeen = Managed() + std::to_wstring(w.GetThreadId());
             done.SetEvent();
-            if (i % 2 != 0)
-                throw i; // goes on to the same end
-            return s_dwExitCode;
+            return i % 2 != 0 ? throw i : s_dwExitCode; // both go on to the same end
         });
         pWorker->SetFlag(FLG_DEL_ON_STOP);
         pWorker->SetFlag(FLG_MANAGED);
         const DWORD dwThreadId = pWorker->Start(true);
         ASSERT_TRUE(done.Lock(INFINITE));
         ASSERT_EQ(i % 2 != 0 ? 0 : s_dwExitCode, ExitCode(hWorker.Get()));
-        ASSERT_EQ(dwThreadId, dwOwnId);
-        ASSERT_TRUE(strManaged == s_szOneManaged && Managed() == s_szNoneManaged);
+        ASSERT_EQ(s_strOneManaged + std::to_wstring(dwThreadId), strSeen);
+        ASSERT_EQ(s_strNoneManaged, Managed());
     }
 }
 
@@ -197,11 +185,11 @@ TEST(OvThread, IsRunWithoutStartOrOnTheCallersThread)
     EXPECT_EQ(INVALID_HANDLE_VALUE, COvThread::RunAsync(&worker, &dwThreadId));
     EXPECT_TRUE(done.Lock(INFINITE));
     EXPECT_EQ(s_dwExitCode, ExitCode(hWorker.Get()));
-    EXPECT_EQ(s_szOneManaged, strManaged);
+    EXPECT_EQ(s_strOneManaged, strManaged);
     EXPECT_EQ(worker.m_dwCalledOn, dwThreadId);
     worker.SetFlag(FLG_DEL_ON_STOP);
     worker.Start(false);
-    EXPECT_EQ(s_szNoneManaged, strManaged);
+    EXPECT_EQ(s_strNoneManaged, strManaged);
     EXPECT_EQ("before work after before work after ", worker.m_strCalls); // it is still there
     EXPECT_EQ(S_OK, ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     ::CoUninitialize();
@@ -235,13 +223,11 @@ TEST(OvThread, LivesInTheApartmentThatItAskedFor)
 TEST(OvThread, TellsTheDebuggerOfItsEnd)
 {
     CDebuggerTexts texts;
-    {
-        const CTestWorker named(Nothing, L"name");
-        const CTestWorker nameless(Nothing, nullptr);
-        EXPECT_STREQ(L"\r_T(\"No Description\"): No Description", nameless.GetEvidence().ToString(nullptr));
-    }
+    EXPECT_STREQ(L"\r_T(\"No Description\"): No Description",
+                 CTestWorker(Nothing, nullptr).GetEvidence().ToString(nullptr));
+    EXPECT_STREQ(L"\rm_szDesc: name", CTestWorker(Nothing, L"name").GetEvidence().ToString(nullptr));
     const std::wstring strThread = L"TID:" + std::to_wstring(::GetCurrentThreadId());
-    const std::vector<std::wstring> expected = { strThread + L"  Thread Destroyed\r\n",
-                                                 strThread + L" name Thread Destroyed\r\n" };
-    EXPECT_EQ(expected, texts.Take());
+    EXPECT_EQ(
+        (std::vector<std::wstring>{ strThread + L"  Thread Destroyed\r\n", strThread + L" name Thread Destroyed\r\n" }),
+        texts.Take());
 }

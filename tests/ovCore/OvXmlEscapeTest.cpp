@@ -11,20 +11,16 @@
 TEST(OvXmlEscape, EscapesWhatIsNotPlainAscii)
 {
     const std::pair<std::wstring, std::wstring> rows[] = {
-        { L"", L"" },
-        { L"plain ASCII, 100%; ~!", L"plain ASCII, 100%; ~!" },
         { L"a<b>&\"'", L"a&lt;b&gt;&amp;&quot;&apos;" },
         { L"<", L"&lt;" }, // exactly as long as a buffer of a later attempt
         { L"\x00DCnicode", L"&#x00DC;nicode" },
         { L"\t\n\r", L"&#x0009;&#x000A;&#x000D;" },
         { L"\x1F \x7E\x7F\x80\xFFFF", L"&#x001F; ~&#x007F;&#x0080;&#xFFFF;" },
         { std::wstring(L"a\0b", 3), L"a&#x0000;b" },
-        { L"\xD83D\xDE00", L"&#x01F600;" },
         { L"\xD800\xDC00\xDBFF\xDFFF", L"&#x010000;&#x10FFFF;" },
         { L"\xD83D\xD83D\xDE00\xD83D", L"&#xD83D;&#x01F600;&#xD83D;" },
         { L"\xDE00\xD83D<", L"&#xDE00;&#xD83D;&lt;" },
         { L"\xD83Dx\xDE00", L"&#xD83D;x&#xDE00;" },
-        { L"\xD7FF\xE000", L"&#xD7FF;&#xE000;" },
     };
     for (const auto& [text, escaped] : rows)
         EXPECT_EQ(escaped, COvXmlEscape::Escape(text));
@@ -37,9 +33,9 @@ TEST(OvXmlEscape, AgreesWithThePlainWayForAnyText)
     std::mt19937 random(20261122);
     for (size_t nText = 0; nText < 600; ++nText)
     {
-        std::wstring strText;
-        for (size_t nLeft = nText % 67 + 1; nLeft != 0; --nLeft)
-            strText += strUnits[random() % strUnits.size()];
+        std::wstring strText(nText % 67, L'x');
+        for (wchar_t& unit : strText)
+            unit = strUnits[random() % strUnits.size()];
         ASSERT_EQ(PlainEscape(strText), COvXmlEscape::Escape(strText)) << nText;
         std::wstring strRoom(strText.size() * 8, L'\0');
         strRoom.resize(EscapeXML(strText.data(), strText.size(), strRoom.data(), strRoom.size(), 0));

@@ -1,7 +1,6 @@
 #include "OvXmlWriter.h"
 
 #include "FailingNew.h"
-#include "PlainEscape.h"
 #include "Raised.h"
 
 #include <gtest/gtest.h>
@@ -43,21 +42,30 @@ void Play(COvXmlWriter& writer, const std::wstring& strScript)
     }
 }
 
+template <class Work>
+bool RunsOutOfMemory(Work&& work)
+try
+{
+    return work(), false;
+}
+catch (const std::bad_alloc&)
+{
+    return true;
+}
+
 } // namespace
 
 TEST(OvXmlWriter, RendersEachNodeAsItIsWritten)
 {
     const std::pair<const wchar_t*, const wchar_t*> rows[] = {
-        { L"", L"" },
         { L"D", L"" },
         { L"D|Ea|.|.", L"<a></a>" }, // the document is closed too
-        { L"D|Ea=p|Eb=|E", L"<p:a><:b><></></:b></p:a>" },
+        { L"D|Eold|D|Ea=p|Eb=|E", L"<p:a><:b><></></:b></p:a>" },
         { L"D|Ea|N=v|An=\"|Eb|.|Np=<|Tt|Am=|Ec|.|N~q=<|A~o=<",
           L"<a xmlns=\"v\" n=\"&quot;\" xmlns:p=\"&lt;\" m=\"\" xmlns:q=\"<\" o=\"<\"><b></b>t<c></c></a>" },
         { L"D|E&<>=a|T~\"|T\"\xD83D\xDE00|T~<&\x00E9|C<&\x00E9]]>",
           L"<a:&<>>\"&quot;&#x01F600;<&\x00E9<![CDATA[<&\x00E9]]>]]></a:&<>>" },
         { L"D|Ia=|Er|.|Ib=<c>|Ttext|C", L"<?a ?><r></r><?b <c>?>text<![CDATA[]]>" },
-        { L"D|Eold|D|Enew", L"<new></new>" },
         { L"D|Ixml=version=\"1.0\" encoding=\"utf-8\"|Estatus|N=urn:x|Eitem|Aa=1 < 2|Tx&y|.|Atype=patch|.",
           L"<?xml version=\"1.0\" encoding=\"utf-8\"?><status xmlns=\"urn:x\" type=\"patch\"><item a=\"1 &lt; 2\">"
           L"x&amp;y</item></status>" },
@@ -109,10 +117,8 @@ TEST(OvXmlWriter, RefusesWhatTheOpenNodeDoesNotAllow)
           strFail + L"add a CData section. Previous node was not a document or element. | tzText: t" + strNone },
         { szClosed, L".", strFail + L"close an element. There is no document." + strNone },
         { L"D", L"Ia=0", strPointer + L"tzPiText: 0" },
-        { L"D", L"E0", strPointer + L"tzElemName: 0" },
         { L"D", L"N0=", strPointer + L"tzPrefix: 0" },
         { L"D", L"A=0", strPointer + L"wzAttrValue: 0" },
-        { L"D", L"T0", strPointer + L"wzText: 0" },
         { L"D", L"C0", strPointer + L"tzText: 0" },
     };
     for (const auto& [szBefore, szRefused, strExpected] : rows)
@@ -127,20 +133,18 @@ TEST(OvXmlWriter, RefusesWhatTheOpenNodeDoesNotAllow)
 
 TEST(OvXmlWriter, DepthAndLengthCostNothingElse)
 {
-    constexpr size_t DEPTH = 100000;
     COvXmlWriter writer(true);
-    std::wstring strExpected;
+    std::wstring strStarts;
     std::wstring strEnds;
-    for (size_t i = 0; i < DEPTH; ++i)
+    for (size_t i = 0; i < 100000; ++i)
     {
-        // Texts of all lengths, some longer than a block of the writer's memory, now and then.
-        const std::wstring strText = i % 97 == 0 ? std::wstring(i / 20, L'x') + L"\"\x00E9<" : std::wstring();
+        const size_t nLength = i % 97 == 0 ? i / 20 : 0; // now and then longer than a block of the writer's memory
         writer.WriteStartElement(L"e");
-        writer.WriteAttr(L"n", strText, true);
-        strExpected += L"<e n=\"" + PlainEscape(strText) + L"\">";
+        writer.WriteAttr(L"n", std::wstring(nLength, L'x') + L"<", true);
+        strStarts += L"<e n=\"" + std::wstring(nLength, L'x') + L"&lt;\">";
         strEnds += L"</e>";
     }
-    EXPECT_TRUE(strExpected + strEnds == writer.ToStringW());
+    EXPECT_TRUE(strStarts + strEnds == writer.ToStringW());
 }
 
 TEST(OvXmlWriter, WithoutMemoryAnOperationThrowsAndTheDocumentStaysAsItWas)
@@ -152,25 +156,20 @@ TEST(OvXmlWriter, WithoutMemoryAnOperationThrowsAndTheDocumentStaysAsItWas)
         [](COvXmlWriter& w) { w.WriteAttr(L"n", 123456789, true); }, // must not write what the stream could not hold
         [](COvXmlWriter& w) { w.ToStringW(); },
     };
-    for (size_t i = 0; i < std::size(operations); ++i)
-        for (unsigned nFail = 1;; ++nFail)
+    for (const auto& operation : operations)
+    {
+        bool bReached = true;
+        for (unsigned nFail = 1; bReached; ++nFail)
         {
             COvXmlWriter writer(true);
             Play(writer, L"Ea|Tsome text");
-            bool bThrown = false;
             const CFailingNew failing(nFail);
-            try
-            {
-                operations[i](writer);
-            }
-            catch (const std::bad_alloc&)
-            {
-                bThrown = true;
-            }
-            ASSERT_EQ(failing.Reached(), bThrown) << i << " " << nFail;
-            if (!bThrown)
-                break;
-            writer.WriteAttrW(L"n", L"v", true); // the open node is what it was
-            EXPECT_EQ(L"<a n=\"v\">some text</a>", writer.ToStringW()) << i << " " << nFail;
+            const bool bThrown = RunsOutOfMemory([&] { operation(writer); });
+            bReached = failing.Reached();
+            ASSERT_EQ(bReached, bThrown) << &operation - operations << " " << nFail;
+            if (bThrown)
+                writer.WriteAttrW(L"n", L"v", true); // the open node is what it was
+            EXPECT_TRUE(!bThrown || writer.ToStringW() == L"<a n=\"v\">some text</a>") << &operation - operations;
         }
+    }
 }
