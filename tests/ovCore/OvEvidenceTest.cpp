@@ -71,9 +71,8 @@ TEST(OvEvidence, EachKindOfValueIsWrittenItsOwnWay)
     };
     for (const auto& [evidence, strText] : rows)
         EXPECT_EQ(strText, evidence.ToString(nullptr));
-    const std::wstring strDenied = COvEvidence(L"hr", 5, true).ToString(nullptr);
-    EXPECT_TRUE(strDenied == L"hr: 0x5 Access is denied." ||
-                strDenied == L"hr: 0x5 Access denied."); // the second is Wine's
+    const std::wstring strDenied = E(L"hr", 5, true).ToString(nullptr);
+    EXPECT_TRUE(strDenied == L"hr: 0x5 Access is denied." || strDenied == L"hr: 0x5 Access denied."); // as Wine says
 }
 
 TEST(OvEvidence, IsRenderedAndCopiedAsStored)

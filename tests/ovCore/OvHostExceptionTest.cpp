@@ -1,4 +1,4 @@
-// Exceptions of the host's own compiler, in calls into the host and in a worker. Windows only.
+// Exceptions and faults in calls into the host, which are more than plain calls on Windows only.
 #include "ovCore/OvHostCall.h"
 #include "ovCore/OvSingleLock.h"
 
@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 #include <thread>
 
 namespace
@@ -125,4 +126,33 @@ TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHand
     EXPECT_EQ(3u, s_nLeftAlone);
     EXPECT_EQ("before work after ", worker.m_strCalls);
     ::RemoveVectoredExceptionHandler(hLast);
+}
+
+TEST(OvHostException, IsNoMatterOfOurOwnExceptions)
+{
+    // Something on the heap: lost or copied wrongly it shows.
+    const auto pText = std::make_shared<std::wstring>(L"text");
+    const auto thrower = [&] {
+        const auto pHeld = pText;
+        OvCallHost([&] { throw std::make_pair(pHeld, 7); });
+    };
+    using Thrown = std::pair<std::shared_ptr<std::wstring>, int>;
+    EXPECT_THROW(OvCallHost(thrower), Thrown);
+    EXPECT_EQ(1, pText.use_count());
+}
+
+TEST(OvHostException, IsTranslatedOnAWorkerWhenItIsAFault)
+{
+    for (const CMachineFault& fault : MachineFaults())
+    {
+        CTestWorker worker([&fault](CTestWorker&) -> DWORD {
+            OvCallHost([&fault] { fault.pfnFault(); });
+            return 1;
+        });
+        worker.RunToItsEnd();
+        EXPECT_EQ("before work error ", worker.m_strCalls) << fault.szName;
+        EXPECT_EQ(0xC000B02Fu, static_cast<DWORD>(worker.m_hrError)) << fault.szName;
+        const COvEvidence code(L"SEH Exception", static_cast<LONG>(fault.dwCode), true);
+        EXPECT_EQ(0u, worker.m_strError.find(L"SEH Information: " + std::wstring(code.ToString(nullptr))));
+    }
 }

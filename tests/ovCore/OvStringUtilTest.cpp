@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <tuple>
+#include <utility>
 
 TEST(OvStringUtil, ConvertsBetweenTheHostsTextAndOurs)
 {
@@ -55,17 +56,15 @@ TEST(OvStringUtil, ReplacesEachOccurrenceOnce)
 
 TEST(OvStringUtil, TellsNumbersFromText)
 {
-    const std::tuple<const wchar_t*, bool, bool> rows[] = {
-        { L"", false, false },   { L"1234567890", true, true }, { L"12a", false, true },  { L"x1", false, false },
-        { L"-1", false, false }, { L" 1", false, false },       { L"1.5", false, true },  { L"0x1F", true, true },
-        { L"0Xaf", true, true }, { L"0x", true, true },         { L"0xg", false, false }, { L"0x1g", false, true },
-        { L"ff", false, false }
-    };
-    for (const auto& [szText, bWhole, bLeading] : rows)
-    {
-        EXPECT_EQ(bWhole, COvStringUtil::IsNumeric(szText, false)) << testing::PrintToString(szText);
-        EXPECT_EQ(bLeading, COvStringUtil::IsNumeric(szText, true)) << testing::PrintToString(szText);
-    }
+    for (const wchar_t* const szWhole : { L"1234567890", L"0x1F", L"0Xaf", L"0x" })
+        EXPECT_TRUE(COvStringUtil::IsNumeric(szWhole, false) && COvStringUtil::IsNumeric(szWhole, true))
+            << testing::PrintToString(szWhole);
+    for (const wchar_t* const szLeading : { L"12a", L"1.5", L"0x1g", L"00x1", L"1 " })
+        EXPECT_TRUE(!COvStringUtil::IsNumeric(szLeading, false) && COvStringUtil::IsNumeric(szLeading, true))
+            << testing::PrintToString(szLeading);
+    for (const wchar_t* const szText : { L"", L"x1", L"-1", L" 1", L"0xg", L"ff" })
+        EXPECT_FALSE(COvStringUtil::IsNumeric(szText, false) || COvStringUtil::IsNumeric(szText, true))
+            << testing::PrintToString(szText);
 }
 
 TEST(OvStringUtil, MapsAsciiLettersAloneAndTrimsTheArgumentItself)
@@ -110,4 +109,20 @@ TEST(OvStringUtil, ChangesTheTypeOfAValueOrSaysWhyNot)
               L"vtNew: 3 | nFlags: 2 | " +
                   ErrorItem(L"hr", DISP_E_TYPEMISMATCH),
               Raised([] { COvStringUtil::VariantChangeType(_variant_t(L"yes"), VT_I4, 2); }).substr(2));
+}
+
+TEST(OvBstr, OwnsOneWholeStringThroughEveryAssignment) // what is freed twice or never shows in the count after the test
+{
+    const std::wstring withNul(L"\xD83D\xDE00\0b", 4);
+    EXPECT_TRUE(COvBstr(COvBstr()).IsNull() && COvStringUtil::FromBSTR(COvBstr()).empty());
+    EXPECT_FALSE(COvBstr(COvBstr(L"")).IsNull());
+    COvBstr a(L"a");
+    COvBstr b(withNul);
+    a = b;
+    EXPECT_NE(a.Get(), b.Get());
+    b = std::move(a = std::move(*&a));
+    EXPECT_EQ(withNul, COvStringUtil::FromBSTR(COvBstr(std::move(b))));
+    *a.Receive() = ::SysAllocString(L"c");
+    b.Attach(a.Detach());
+    EXPECT_STREQ(L"c", b.Get());
 }

@@ -16,15 +16,11 @@ namespace
 
 const DWORD s_dwExitCode = 0xC0DE;
 
-DWORD Nothing(CTestWorker&)
-{
-    return s_dwExitCode;
-}
-
-DWORD UntilStopped(CTestWorker& worker)
-{
-    return worker.WaitForStop() ? s_dwExitCode : 0;
-}
+const auto Nothing = [](CTestWorker&) { return s_dwExitCode; };
+const auto UntilStopped = [](CTestWorker& worker) { return worker.WaitForStop() ? s_dwExitCode : 0; };
+const auto Managed = [] { return std::wstring(COvThreadMgr::Get()->GetEvidence().ToString(nullptr)); };
+const std::wstring s_strNoneManaged = L"Managed thread count: 0";
+const std::wstring s_strOneManaged = L"Managed thread count: 1";
 
 /// What a thread's function returned; to be asked while its handle is open.
 DWORD ExitCode(HANDLE hThread)
@@ -35,15 +31,19 @@ DWORD ExitCode(HANDLE hThread)
     return dwCode;
 }
 
-std::wstring Managed()
-{
-    return COvThreadMgr::Get()->GetEvidence().ToString(nullptr);
-}
-
-const std::wstring s_strNoneManaged = L"Managed thread count: 0";
-const std::wstring s_strOneManaged = L"Managed thread count: 1";
-
 } // namespace
+
+TEST(OvThread, DescribesItselfAndTellsTheDebuggerOfItsEnd)
+{
+    CDebuggerTexts texts;
+    EXPECT_STREQ(L"\r_T(\"No Description\"): No Description",
+                 CTestWorker(Nothing, nullptr).GetEvidence().ToString(nullptr));
+    CTestWorker(Nothing, L"name").RunToItsEnd();
+    const std::wstring strThread = L"TID:" + std::to_wstring(::GetCurrentThreadId());
+    EXPECT_EQ(
+        std::vector<std::wstring>({ strThread + L"  Thread Destroyed\r\n", strThread + L" name Thread Destroyed\r\n" }),
+        texts.Take());
+}
 
 TEST(OvThread, IsStoppedThroughItsEvent)
 {
@@ -52,8 +52,7 @@ TEST(OvThread, IsStoppedThroughItsEvent)
     worker.Stop(true, false); // not started: nothing happens
     EXPECT_FALSE(worker.WaitForStop(0));
     const DWORD dwThreadId = worker.Start(true);
-    EXPECT_TRUE(worker.IsRunning());
-    EXPECT_FALSE(worker.TestFlag(FLG_CLOSE_HANDLE));
+    EXPECT_TRUE(worker.IsRunning() && !worker.TestFlag(FLG_CLOSE_HANDLE));
     COvThreadMgr::Get()->Register(&worker);
     const COvHandle hThread = worker.GetThreadHandle();
     EXPECT_EQ(L"\rm_szDesc: name\rm_pThread->nThreadId: " + std::to_wstring(dwThreadId) +
@@ -103,14 +102,7 @@ TEST(OvThread, SaysWhyItDoesNotRunAndHasSixFlags)
 TEST(OvThread, TakesWhateverItsBodyThrowsButNotWhatASynchronousErrorDoes)
 {
     const COvException own(E_ACCESSDENIED, L"..\\folder\\Source", 7, COvEvidence(L"Info Msg", L"own"));
-    const struct
-    {
-        std::function<void()> fail;
-        const char* szStep;
-        const char* szCalls;
-        DWORD dwExitCode;
-        std::wstring strError;
-    } rows[] = {
+    const std::tuple<std::function<void()>, const char*, const char*, DWORD, std::wstring> rows[] = {
         { nullptr, "", "before work after ", s_dwExitCode, L"" },
         { [] { throw std::runtime_error("standard"); }, "before", "before error ", 0,
           L"OvThread Exception Info: \r{\rCode: STL EXCEPTION\rDescription:\rstandard\r}\rStack Dump: \r" },
@@ -118,23 +110,22 @@ TEST(OvThread, TakesWhateverItsBodyThrowsButNotWhatASynchronousErrorDoes)
           L"OvThread Msg: Unknown exception caught.\rStack Dump: \r" },
         { [&] { throw own; }, "after", "before work after error ", s_dwExitCode, L"Source Info Msg: own" },
     };
-    for (const auto& row : rows)
+    for (const auto& [fail, szStep, szCalls, dwExitCode, strError] : rows)
         for (const bool bAsync : { true, false })
         {
             bool bRunning = bAsync;
             CTestWorker worker([&](CTestWorker& w) { return bRunning = w.IsRunning(), s_dwExitCode; });
-            worker.m_strFailAt = row.szStep;
-            worker.m_fail = row.fail;
+            worker.m_strFailAt = szStep;
+            worker.m_fail = fail;
             const DWORD dwThreadId = worker.Start(bAsync);
             EXPECT_EQ(bAsync, dwThreadId != ::GetCurrentThreadId());
-            EXPECT_EQ(bAsync ? row.dwExitCode : 0, ExitCode(worker.OwnHandle())) << row.szCalls;
+            EXPECT_EQ(bAsync ? dwExitCode : 0, ExitCode(worker.OwnHandle())) << szCalls;
             worker.WaitForComplete(false);
-            EXPECT_EQ(row.szCalls, worker.m_strCalls) << bAsync;
-            EXPECT_EQ(dwThreadId, worker.m_dwCalledOn) << row.szCalls << bAsync;
-            EXPECT_TRUE(bRunning == bAsync && !worker.IsRunning()) << row.szCalls << bAsync;
-            if (!row.fail)
+            EXPECT_EQ(szCalls, worker.m_strCalls) << bAsync;
+            EXPECT_TRUE(worker.m_dwCalledOn == dwThreadId && bRunning == bAsync && !worker.IsRunning()) << szCalls;
+            if (!fail)
                 continue;
-            EXPECT_EQ(row.strError, worker.m_strErrorFile + L" " + worker.m_strError);
+            EXPECT_EQ(strError, worker.m_strErrorFile + L" " + worker.m_strError);
             EXPECT_EQ(worker.m_strError, worker.LastError()->GetEvidence(nullptr));
             EXPECT_EQ(worker.m_hrError, worker.LastError()->GetCode());
             worker.m_onError = [] { throw std::runtime_error("the error's own"); };
@@ -160,8 +151,7 @@ TEST(OvThread, FindsItselfInTheRegistryAndDeletesItselfWhileItIsBeingStarted)
         pWorker->SetFlag(FLG_DEL_ON_STOP);
         pWorker->SetFlag(FLG_MANAGED);
         const DWORD dwThreadId = pWorker->Start(true);
-        ASSERT_TRUE(done.Lock(INFINITE));
-        ASSERT_EQ(i % 2 != 0 ? 0 : s_dwExitCode, ExitCode(hWorker.Get()));
+        ASSERT_TRUE(done.Lock(INFINITE) && ExitCode(hWorker.Get()) == (i % 2 != 0 ? 0 : s_dwExitCode));
         ASSERT_EQ(s_strOneManaged + std::to_wstring(dwThreadId), strSeen);
         ASSERT_EQ(s_strNoneManaged, Managed());
     }
@@ -183,10 +173,8 @@ TEST(OvThread, IsRunWithoutStartOrOnTheCallersThread)
         worker.SetFlag(nBit);
     DWORD dwThreadId = 0;
     EXPECT_EQ(INVALID_HANDLE_VALUE, COvThread::RunAsync(&worker, &dwThreadId));
-    EXPECT_TRUE(done.Lock(INFINITE));
-    EXPECT_EQ(s_dwExitCode, ExitCode(hWorker.Get()));
-    EXPECT_EQ(s_strOneManaged, strManaged);
-    EXPECT_EQ(worker.m_dwCalledOn, dwThreadId);
+    EXPECT_TRUE(done.Lock(INFINITE) && ExitCode(hWorker.Get()) == s_dwExitCode);
+    EXPECT_TRUE(strManaged == s_strOneManaged && dwThreadId == worker.m_dwCalledOn);
     worker.SetFlag(FLG_DEL_ON_STOP);
     worker.Start(false);
     EXPECT_EQ(s_strNoneManaged, strManaged);
@@ -218,16 +206,4 @@ TEST(OvThread, LivesInTheApartmentThatItAskedFor)
         void* p = nullptr; // nobody is in the multithreaded apartment any more
         EXPECT_EQ(CO_E_NOTINITIALIZED, ::CoCreateInstance(GUID(), nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &p));
     }
-}
-
-TEST(OvThread, TellsTheDebuggerOfItsEnd)
-{
-    CDebuggerTexts texts;
-    EXPECT_STREQ(L"\r_T(\"No Description\"): No Description",
-                 CTestWorker(Nothing, nullptr).GetEvidence().ToString(nullptr));
-    EXPECT_STREQ(L"\rm_szDesc: name", CTestWorker(Nothing, L"name").GetEvidence().ToString(nullptr));
-    const std::wstring strThread = L"TID:" + std::to_wstring(::GetCurrentThreadId());
-    EXPECT_EQ(
-        (std::vector<std::wstring>{ strThread + L"  Thread Destroyed\r\n", strThread + L" name Thread Destroyed\r\n" }),
-        texts.Take());
 }

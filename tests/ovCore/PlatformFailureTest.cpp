@@ -1,14 +1,18 @@
 // What the core's foundation does when the platform's calls fail: the calls are replaced at link time.
 #include "ovCore/OvBstr.h"
 #include "ovCore/OvErrorInfo.h"
+#include "ovCore/OvEvent.h"
 #include "ovCore/OvException.h"
 #include "ovCore/OvStringUtil.h"
 
 #include "AnsweringObject.h"
+#include "Raised.h"
+#include "TestWorker.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <tuple>
 #include <vector>
 
@@ -20,6 +24,9 @@ using CAnswer = std::pair<int, DWORD>; // a call's result and the last error tha
 std::vector<CAnswer> s_answers; // of the next conversions, in order
 std::vector<int> s_sizes;       // the room that each conversion was given
 bool s_bStringsFail = false;    // no memory for a BSTR
+unsigned s_nAttempts = 0;       // to open an event
+unsigned s_nFound = 0;          // the attempt that finds it; 0: none
+std::vector<DWORD> s_pauses;    // between them
 
 int Answer(int nSize)
 {
@@ -66,6 +73,23 @@ extern "C"
     HRESULT __wrap_GetErrorInfo(ULONG, IErrorInfo**)
     {
         return E_UNEXPECTED;
+    }
+
+    HANDLE __wrap_OpenEventW(DWORD dwAccess, BOOL bInherit, LPCWSTR szName)
+    {
+        EXPECT_TRUE(dwAccess == 0x120000 && bInherit == TRUE && szName == std::wstring(L"name"));
+        return ++s_nAttempts == s_nFound ? ::CreateEventW(nullptr, TRUE, TRUE, nullptr) : nullptr;
+    }
+
+    void __wrap_Sleep(DWORD dwMilliseconds)
+    {
+        s_pauses.push_back(dwMilliseconds);
+        EXPECT_EQ(s_nAttempts, s_pauses.size());
+    }
+
+    uintptr_t __wrap__beginthreadex(void*, unsigned, unsigned(__stdcall*)(void*), void*, unsigned, unsigned*)
+    {
+        return 0;
     }
 
     BSTR __real_SysAllocStringLen(const OLECHAR*, UINT);
@@ -118,4 +142,47 @@ TEST(PlatformFailure, AStringWithoutMemoryRaisesTheComErrorAndKeepsItsTarget)
     EXPECT_THROW(COvBstr(L""), _com_error);
     s_bStringsFail = false;
     EXPECT_STREQ(L"target", target.Get());
+}
+
+TEST(PlatformFailure, AnEventIsAskedForAgainUntilTheTimeIsOver)
+{
+    using Pauses = std::vector<DWORD>;
+    const std::tuple<DWORD, DWORD, unsigned, Pauses> rows[] = {
+        { 10000, 10000, 0, { 10000 } },
+        { 0, 500, 0, { 0 } },
+        { 25000, 10000, 0, { 10000, 10000, 10000 } },
+        { 25000, 10000, 1, {} },
+        { 25000, 10000, 3, { 10000, 10000 } },
+        { 5000, 10000, 0, { 5000 } },
+        { 5000, 0, 0, { 0, 0 } },
+        { 0, 0, 0, { 0 } },
+        { 0xFFFFFFFF, 0xFFFFFFFE, 0, { 0xFFFFFFFE, 0xFFFFFFFE } },
+    };
+    for (const auto& [dwTotalMs, dwIntervalMs, nFound, pauses] : rows)
+    {
+        s_nAttempts = 0;
+        s_nFound = nFound;
+        s_pauses.clear();
+        const std::unique_ptr<COvEvent> pEvent(
+            COvEvent::OpenWithWait(L"name", dwTotalMs, dwIntervalMs, 0x120000, true));
+        EXPECT_EQ(nFound != 0, pEvent->Exists() && pEvent->Lock(0));
+        EXPECT_EQ(pauses, s_pauses) << dwTotalMs << " " << dwIntervalMs;
+        EXPECT_EQ(pauses.size() + (nFound != 0 ? 1 : 0), s_nAttempts);
+    }
+}
+
+TEST(PlatformFailure, AThreadThatCannotBeMadeCountsAsStartedUntilItIsCleanedUp)
+{
+    CTestWorker worker([](CTestWorker&) { return 0u; }, L"name");
+    EXPECT_EQ(L"0x80004005 OvThread | Method: _beginthreadex | Info Msg: Failed to create a worker thread | "
+              L"pThdCls->m_szDesc: name",
+              Raised([&] { worker.Start(true); }));
+    EXPECT_TRUE(worker.IsRunning());
+    EXPECT_EQ(nullptr, worker.GetThreadHandle().Get()); // of the thread that never was
+    EXPECT_EQ(L"0x80004005 OvThread | Info Msg: This instance is already running | m_szDesc: name",
+              Raised([&] { worker.Start(true); }));
+    worker.CleanUp();
+    worker.Start(false);
+    EXPECT_EQ("before work after ", worker.m_strCalls);
+    EXPECT_FALSE(worker.IsRunning());
 }

@@ -1,7 +1,8 @@
-// Events, critical sections, and the scoped lock over both.
-#include "ovCore/OvEvent.h"
+// Kernel handles, events, critical sections, and the scoped lock.
 #include "ovCore/OvCriticalSection.h"
+#include "ovCore/OvEvent.h"
 #include "ovCore/OvSingleLock.h"
+#include "OvHandleT.h"
 
 #include "Raised.h"
 
@@ -9,10 +10,65 @@
 
 #include <memory>
 #include <thread>
+#include <utility>
 
-static std::unique_ptr<COvEvent> Open(const wchar_t* szName)
+namespace
+{
+
+const COvHandle s_empty;
+const auto NewHandle = [] { return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); };
+
+// Asked right after a handle may have been closed, before another takes its value.
+const auto IsOpen = [](HANDLE h) { return ::WaitForSingleObject(h, 0) != WAIT_FAILED; };
+
+std::unique_ptr<COvEvent> Open(const wchar_t* szName)
 {
     return std::unique_ptr<COvEvent>(COvEvent::OpenWithWait(szName, 0, 500, SYNCHRONIZE | READ_CONTROL, false));
+}
+
+} // namespace
+
+TEST(OvHandle, IsClosedByEachWayToLoseIt)
+{
+    for (const auto& lose : { +[](COvHandle& h) { h.Close(), h.Close(); }, +[](COvHandle& h) { h.Set(nullptr); },
+                              +[](COvHandle& h) { COvHandle gone(std::move(h)); }, +[](COvHandle& h) { h = s_empty; },
+                              +[](COvHandle& h) { h = COvHandle(); } })
+    {
+        COvHandle handle(NewHandle());
+        const HANDLE hEvent = handle.Get();
+        EXPECT_TRUE(IsOpen(hEvent));
+        lose(handle);
+        EXPECT_FALSE(IsOpen(hEvent) || handle.Get() != nullptr);
+    }
+}
+
+TEST(OvHandle, IsNeverOwnedByTwo)
+{
+    COvHandle handle(NewHandle());
+    const HANDLE hEvent = handle.Get();
+    COvHandle assigned(NewHandle());
+    assigned = handle;
+    EXPECT_NE(hEvent, assigned.Get());
+    EXPECT_NE(hEvent, COvHandle(std::as_const(handle)).Get());
+    ::SetEvent(assigned.Get());
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(hEvent, 0)); // one event
+    handle = *&handle;
+    COvHandle moved(std::move(handle = std::move(*&handle)));
+    EXPECT_EQ(nullptr, handle.Get());
+    EXPECT_EQ(hEvent, moved.Release());
+    moved.Close();
+    EXPECT_TRUE(moved.IsValid()); // 0 is
+    moved.Set(INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(moved.IsValid());
+    moved.Set(hEvent);
+    EXPECT_TRUE(IsOpen(hEvent));
+    COvHandle source(reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x0BADBAD0)));
+    handle.Set(NewHandle());
+    EXPECT_EQ(L"0x80004005 OvHandleT | Method: DuplicateHandle | " +
+                  ErrorItem(L"Win32 GetLastError", ERROR_INVALID_HANDLE),
+              Raised([&] { handle = source; }));
+    EXPECT_EQ(nullptr, handle.Get());
+    source.Release();
 }
 
 TEST(OvEvent, OfANameIsOneForAll)
