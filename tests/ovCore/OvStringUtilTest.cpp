@@ -6,7 +6,6 @@
 
 #include <climits>
 #include <tuple>
-#include <utility>
 
 TEST(OvStringUtil, ConvertsBetweenTheHostsTextAndOurs)
 {
@@ -19,14 +18,13 @@ TEST(OvStringUtil, ConvertsBetweenTheHostsTextAndOurs)
     };
     for (const auto& [wide, narrow, bBack] : rows)
     {
-        EXPECT_EQ(narrow, COvStringUtil::WideToNarrow(wide)) << narrow;
-        EXPECT_EQ(narrow.c_str(), COvStringUtil::WideToNarrow(wide.c_str())) << narrow;
-        if (bBack)
-        {
-            EXPECT_EQ(wide, COvStringUtil::NarrowToWide(narrow)) << narrow;
-            EXPECT_EQ(wide.c_str(), COvStringUtil::NarrowToWide(narrow.c_str())) << narrow;
-        }
+        EXPECT_EQ(narrow, COvStringUtil::WideToNarrow(wide));
+        EXPECT_EQ(narrow.c_str(), COvStringUtil::WideToNarrow(wide.c_str()));
+        EXPECT_TRUE(!bBack || COvStringUtil::NarrowToWide(narrow) == wide) << narrow;
+        EXPECT_TRUE(!bBack || COvStringUtil::NarrowToWide(narrow.c_str()) == wide.c_str()) << narrow;
     }
+    EXPECT_EQ(L"a\xD83D\xDE00",
+              COvStringUtil::FromBSTR(COvBstr(L"a\xD83D\xDE00")) + COvStringUtil::FromBSTR(COvBstr()));
     EXPECT_EQ("", COvStringUtil::WideToNarrow(static_cast<const wchar_t*>(nullptr)));
     EXPECT_EQ(L"", COvStringUtil::NarrowToWide(static_cast<const char*>(nullptr)));
     EXPECT_EQ(L"\xD83D\xDE00", COvStringUtil::NarrowToWide("\xF0\x9F\x98\x80", CP_UTF8));
@@ -41,10 +39,8 @@ TEST(OvStringUtil, ReplacesEachOccurrenceOnce)
         { L"aa", L"b", L"aaaa", L"bb", 2 },
         { L"aa", L"b", L"aaa", L"ba", 1 },
         { L"a", L"aa", L"aba", L"aabaa", 2 }, // what was put in is not searched again
-        { L"abc", L"x", L"ab", L"ab", 0 },
         { L"", L"x", L"text", L"text", 0 },
         { nullptr, nullptr, nullptr, L"", 0 },
-        { L"a", nullptr, L"bbb", L"bbb", 0 },
     };
     for (const auto& [szFind, szReplace, szSource, szResult, nExpected] : rows)
     {
@@ -109,20 +105,4 @@ TEST(OvStringUtil, ChangesTheTypeOfAValueOrSaysWhyNot)
               L"vtNew: 3 | nFlags: 2 | " +
                   ErrorItem(L"hr", DISP_E_TYPEMISMATCH),
               Raised([] { COvStringUtil::VariantChangeType(_variant_t(L"yes"), VT_I4, 2); }).substr(2));
-}
-
-TEST(OvBstr, OwnsOneWholeStringThroughEveryAssignment) // what is freed twice or never shows in the count after the test
-{
-    const std::wstring withNul(L"\xD83D\xDE00\0b", 4);
-    EXPECT_TRUE(COvBstr(COvBstr()).IsNull() && COvStringUtil::FromBSTR(COvBstr()).empty());
-    EXPECT_FALSE(COvBstr(COvBstr(L"")).IsNull());
-    COvBstr a(L"a");
-    COvBstr b(withNul);
-    a = b;
-    EXPECT_NE(a.Get(), b.Get());
-    b = std::move(a = std::move(*&a));
-    EXPECT_EQ(withNul, COvStringUtil::FromBSTR(COvBstr(std::move(b))));
-    *a.Receive() = ::SysAllocString(L"c");
-    b.Attach(a.Detach());
-    EXPECT_STREQ(L"c", b.Get());
 }

@@ -107,10 +107,8 @@ TEST(PlatformFailure, AConversionGrowsItsBufferAndNamesWhatFailed)
     const std::tuple<std::function<size_t()>, std::vector<CAnswer>, std::string> rows[] = {
         { narrow, { { -1, 0 } }, "iBufferSize < 0" },
         { narrow, { { 0, 87 } }, "WideCharToMultiByte" },
-        { narrow, { { 4, 0 }, { 3, 0 } }, "3" },
         { narrow, { { 4, 0 }, { 0, 87 } }, "0" },
         { narrow, { { 4, 0 }, { -1, 0 } }, "iActualBufferSize < 0" },
-        { widen, { { -1, 0 } }, "iBufferSize < 0" },
         { widen, { { 0, 87 } }, "MultiByteToWideChar" },
         { widen, { { 4, 0 }, { 0, 87 } }, "iBufferSize <= 0" },
         { widen, { { 4, 0 }, { 3, 0 } }, "4" }, // the whole buffer, whatever the second answer
@@ -139,7 +137,6 @@ TEST(PlatformFailure, AStringWithoutMemoryRaisesTheComErrorAndKeepsItsTarget)
     const COvBstr source(target);
     s_bStringsFail = true;
     EXPECT_THROW(target = source, _com_error);
-    EXPECT_THROW(COvBstr(L""), _com_error);
     s_bStringsFail = false;
     EXPECT_STREQ(L"target", target.Get());
 }
@@ -156,7 +153,6 @@ TEST(PlatformFailure, AnEventIsAskedForAgainUntilTheTimeIsOver)
         { 5000, 10000, 0, { 5000 } },
         { 5000, 0, 0, { 0, 0 } },
         { 0, 0, 0, { 0 } },
-        { 0xFFFFFFFF, 0xFFFFFFFE, 0, { 0xFFFFFFFE, 0xFFFFFFFE } },
     };
     for (const auto& [dwTotalMs, dwIntervalMs, nFound, pauses] : rows)
     {
