@@ -51,7 +51,7 @@ TEST(OvStackTrace, TheRegistrySwitchesIt)
         { s_on, s_none, true, true },
         { { REG_DWORD, 2, 4 }, s_none, true, false },
         { { REG_DWORD, 3, 4 }, s_none, false, false },
-        { { REG_SZ, '1', 4 }, s_none, false, false },
+        { { REG_SZ, 1, 4 }, s_none, false, false },
         { { REG_QWORD, 1, 8 }, s_none, false, false },
         { { REG_DWORD, 1, 2 }, s_none, false, false },
         { s_none, s_on, true, true },

@@ -34,13 +34,10 @@ TEST(OvStringUtil, ReplacesEachOccurrenceOnce)
 {
     using Text = const wchar_t*;
     const std::tuple<Text, Text, Text, Text, LONG> rows[] = {
-        { L"\r", L" ", L"no marks", L"no marks", 0 },
-        { L"\r", L" ", L"\ra\r\rb\r", L" a  b ", 4 },
-        { L"aa", L"b", L"aaaa", L"bb", 2 },
-        { L"aa", L"b", L"aaa", L"ba", 1 },
+        { L"\r", L" ", L"no marks", L"no marks", 0 }, { L"\r", L" ", L"\ra\r\rb\r", L" a  b ", 4 },
+        { L"aa", L"b", L"aaaa", L"bb", 2 },           { L"aa", L"b", L"aaa", L"ba", 1 },
         { L"a", L"aa", L"aba", L"aabaa", 2 }, // what was put in is not searched again
-        { L"", L"x", L"text", L"text", 0 },
-        { nullptr, nullptr, nullptr, L"", 0 },
+        { L"", L"x", L"text", L"text", 0 },           { nullptr, nullptr, nullptr, L"", 0 },
     };
     for (const auto& [szFind, szReplace, szSource, szResult, nExpected] : rows)
     {

@@ -3,15 +3,18 @@
 
 #include <gtest/gtest.h>
 
-static COvEvent* s_pLast = nullptr; // set when the last message has been dispatched
-static BOOL s_bUnicode = FALSE;     // what every window is
-static std::string s_strCalls;      // "AA1 ": the A forms' getting and dispatching of WM_APP + 1
+static CTestWorker* s_pWorker = nullptr; // ends when message WM_APP + 9 is dispatched
+static BOOL s_bUnicode = FALSE;          // what every window is
+static std::string s_strCalls;           // "AA1 ": the A forms' getting and dispatching of WM_APP + 1
 
 static LRESULT Dispatch(const char* szForm, const MSG* pMsg)
 {
     s_strCalls += szForm + std::to_string(pMsg->message - WM_APP) + " ";
     if (pMsg->message == WM_APP + 9)
-        s_pLast->SetEvent();
+    {
+        s_pWorker->Stop(false, false);
+        ::WaitForSingleObject(s_pWorker->OwnHandle(), INFINITE);
+    }
     return 0;
 }
 
@@ -42,29 +45,27 @@ extern "C"
 
 TEST(OvThreadMessages, AreDispatchedWhileWaitingAndLeftWhenTheThreadHasEnded)
 {
+    const UINT messages[] = { WM_APP + 1, WM_QUIT, WM_APP + 9, WM_APP + 2 };
     MSG msg;
     ::PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE); // makes this thread's queue
-    const DWORD dwThreadId = ::GetCurrentThreadId();
     for (const bool bUnicode : { false, true })
     {
-        COvEvent last(false, true, nullptr, nullptr);
-        s_pLast = &last;
+        CTestWorker worker([&messages, dwThreadId = ::GetCurrentThreadId()](CTestWorker& w) {
+            for (const UINT nMessage : messages)
+                EXPECT_TRUE(::PostThreadMessageW(dwThreadId, nMessage, 0, 0));
+            return w.WaitForStop() ? 0u : 1u; // would never come without the dispatching
+        });
+        s_pWorker = &worker;
         s_bUnicode = bUnicode;
         s_strCalls.clear();
-        CTestWorker worker([&](CTestWorker&) {
-            for (const UINT nMessage : { WM_APP + 1, WM_QUIT, WM_APP + 9 })
-                EXPECT_TRUE(::PostThreadMessageW(dwThreadId, nMessage, 0, 0));
-            last.Lock(INFINITE); // would never come without the dispatching
-            return 0u;
-        });
         worker.Start(true);
         worker.WaitForComplete(true);
         EXPECT_EQ(bUnicode ? "WW1 WWW9 " : "AA1 AAA9 ", s_strCalls); // the request to quit is not dispatched
-        EXPECT_EQ(nullptr, worker.OwnHandle());
+        EXPECT_TRUE(::PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE) && msg.message == WM_APP + 2);
         worker.Start(true); // its event is still set
         ::WaitForSingleObject(worker.OwnHandle(), INFINITE);
         worker.Stop(true, true);
-        for (const UINT nMessage : { WM_APP + 1, WM_QUIT, WM_APP + 9 })
+        for (const UINT nMessage : messages)
             EXPECT_TRUE(::PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE) && msg.message == nMessage) << nMessage;
     }
 }

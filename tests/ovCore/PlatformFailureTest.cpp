@@ -27,6 +27,7 @@ bool s_bStringsFail = false;    // no memory for a BSTR
 unsigned s_nAttempts = 0;       // to open an event
 unsigned s_nFound = 0;          // the attempt that finds it; 0: none
 std::vector<DWORD> s_pauses;    // between them
+COvEvent* s_pReached = nullptr; // set by the body of a thread; null: no thread can be made
 
 int Answer(int nSize)
 {
@@ -87,9 +88,13 @@ extern "C"
         EXPECT_EQ(s_nAttempts, s_pauses.size());
     }
 
-    uintptr_t __wrap__beginthreadex(void*, unsigned, unsigned(__stdcall*)(void*), void*, unsigned, unsigned*)
+    uintptr_t __real__beginthreadex(void*, unsigned, unsigned(__stdcall*)(void*), void*, unsigned, unsigned*);
+    uintptr_t __wrap__beginthreadex(void* p, unsigned n, unsigned(__stdcall* pfn)(void*), void* pArg, unsigned nFlags,
+                                    unsigned* pnId)
     {
-        return 0;
+        const uintptr_t nThread = s_pReached != nullptr ? __real__beginthreadex(p, n, pfn, pArg, nFlags, pnId) : 0;
+        EXPECT_FALSE(s_pReached != nullptr && s_pReached->Lock(50)); // the body waits for what this returns
+        return nThread;
     }
 
     BSTR __real_SysAllocStringLen(const OLECHAR*, UINT);
@@ -169,7 +174,7 @@ TEST(PlatformFailure, AnEventIsAskedForAgainUntilTheTimeIsOver)
 
 TEST(PlatformFailure, AThreadThatCannotBeMadeCountsAsStartedUntilItIsCleanedUp)
 {
-    CTestWorker worker([](CTestWorker&) { return 0u; }, L"name");
+    CTestWorker worker([](CTestWorker&) { return s_pReached != nullptr && s_pReached->SetEvent() ? 1u : 0u; }, L"name");
     EXPECT_EQ(L"0x80004005 OvThread | Method: _beginthreadex | Info Msg: Failed to create a worker thread | "
               L"pThdCls->m_szDesc: name",
               Raised([&] { worker.Start(true); }));
@@ -181,4 +186,9 @@ TEST(PlatformFailure, AThreadThatCannotBeMadeCountsAsStartedUntilItIsCleanedUp)
     worker.Start(false);
     EXPECT_EQ("before work after ", worker.m_strCalls);
     EXPECT_FALSE(worker.IsRunning());
+    COvEvent reached(false, true, nullptr, nullptr);
+    s_pReached = &reached;
+    worker.Start(true);
+    worker.Stop(true, false);
+    EXPECT_TRUE(reached.Lock(0));
 }
