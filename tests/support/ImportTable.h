@@ -1,4 +1,4 @@
-// The import table of a loaded module: where its calls of the system's functions go. Windows only.
+// The import table of a loaded module: where its calls of the system's functions go.
 #pragma once
 
 #include "OvPlatform.h"
@@ -9,5 +9,5 @@
 /// @param pNew       a function of the same signature and calling convention.
 void ReplaceImport(HMODULE hModule, const void* pFunction, const void* pNew);
 
-/// The address of a function of a system library that is loaded.
+/// The address of a function of a system library that is loaded. Windows only.
 void* SystemFunction(const char* szLibrary, const char* szFunction);
