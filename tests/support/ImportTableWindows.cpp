@@ -12,7 +12,7 @@ T* At(HMODULE hModule, DWORD dwOffset)
     return reinterpret_cast<T*>(reinterpret_cast<BYTE*>(hModule) + dwOffset);
 }
 
-/// The slot that the module calls the function through.
+/// The slot that the module calls the function through; null when there is none.
 DWORD* FindSlot(HMODULE hModule, const void* pFunction)
 {
     const auto pHeaders = At<IMAGE_NT_HEADERS>(hModule, static_cast<DWORD>(At<IMAGE_DOS_HEADER>(hModule, 0)->e_lfanew));
@@ -21,14 +21,25 @@ DWORD* FindSlot(HMODULE hModule, const void* pFunction)
         for (DWORD* pSlot = At<DWORD>(hModule, pImport->FirstThunk); *pSlot != 0; ++pSlot)
             if (*pSlot == reinterpret_cast<DWORD_PTR>(pFunction))
                 return pSlot;
-    throw std::runtime_error("the module does not import the function");
+    return nullptr;
+}
+
+/// Where a stub goes that the linker has made for a function that is not declared as imported: "jmp [slot]".
+const void* TargetOfStub(const void* pFunction)
+{
+    const BYTE* const pCode = static_cast<const BYTE*>(pFunction);
+    return pCode[0] == 0xFF && pCode[1] == 0x25 ? **reinterpret_cast<const void* const* const*>(pCode + 2) : pFunction;
 }
 
 } // namespace
 
 void ReplaceImport(HMODULE hModule, const void* pFunction, const void* pNew)
 {
-    DWORD* const pSlot = FindSlot(hModule, pFunction);
+    DWORD* pSlot = FindSlot(hModule, pFunction);
+    if (pSlot == nullptr)
+        pSlot = FindSlot(hModule, TargetOfStub(pFunction));
+    if (pSlot == nullptr)
+        throw std::runtime_error("the module does not import the function");
     DWORD dwProtection = 0;
     ::VirtualProtect(pSlot, sizeof(*pSlot), PAGE_READWRITE, &dwProtection);
     *pSlot = reinterpret_cast<DWORD_PTR>(pNew);
