@@ -1,5 +1,4 @@
 // What the helpers do when the system's calls fail: the calls are replaced at link time.
-#include "ovCore/OvDynamicLib.h"
 #include "ovCore/OvFile.h"
 #include "ovCore/OvOsRecord.h"
 #include "ovCore/OvSystem.h"
@@ -76,30 +75,26 @@ extern "C"
     }
 }
 
-TEST(SystemFailure, ADirectoryThatDoesNotFitIsAFailure)
+TEST(SystemFailure, ATextThatDoesNotFitIsAFailureOrCut)
 {
-    const auto refusal = [](LONG lError) {
-        return L"0x80004005 OvSystem | Msg: A Win32 API call failed. | Method: ::GetCurrentDirectory | " +
-               ErrorItem(L"Win32 Error", lError);
-    };
-    s_dwDirectoryLength = 1023;
-    EXPECT_EQ(std::wstring(1023, L'd'), COvSystem::GetCurrentDirectoryW());
-    ::SetLastError(ERROR_SUCCESS);
-    s_dwDirectoryLength = 1024;
-    EXPECT_EQ(refusal(ERROR_SUCCESS), Raised([] { COvSystem::GetCurrentDirectoryW(); }));
-    s_dwDirectoryLength = 0;
-    EXPECT_EQ(refusal(ERROR_ACCESS_DENIED), Raised([] { COvSystem::GetCurrentDirectoryW(); }));
-    EXPECT_EQ(L"0x80004005 OvDynamicLib | Msg: A Win32 API call failed. | Method: LoadLibraryEx | " +
-                  ErrorItem(L"Win32 Error", ERROR_MOD_NOT_FOUND) + L" | m_wzFileNm: NoSuchLibrary.dll | tzCurrDir: ",
-              Raised([] { COvDynamicLib(L"NoSuchLibrary.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }));
-}
-
-TEST(SystemFailure, AModulesNameThatFillsTheBufferIsCut)
-{
-    s_dwNameLength = 1023;
-    EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
-    s_dwNameLength = 2000;
-    EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
+    for (const DWORD dwLength : { 1023, 1024, 0 })
+    {
+        s_dwDirectoryLength = dwLength;
+        ::SetLastError(ERROR_SUCCESS);
+        std::wstring strRead;
+        const std::wstring strRaised = Raised([&] { strRead = COvSystem::GetCurrentDirectoryW(); });
+        EXPECT_EQ(std::wstring(dwLength == 1023 ? dwLength : 0, L'd'), strRead);
+        EXPECT_EQ(dwLength == 1023 ? L"nothing"
+                                   : L"0x80004005 OvSystem | Msg: A Win32 API call failed. | Method: "
+                                     L"::GetCurrentDirectory | " +
+                                         ErrorItem(L"Win32 Error", dwLength == 0 ? ERROR_ACCESS_DENIED : 0),
+                  strRaised);
+    }
+    for (const DWORD dwLength : { 1023, 2000 })
+    {
+        s_dwNameLength = dwLength;
+        EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
+    }
 }
 
 TEST(SystemFailure, AVersionThatCannotBeReadIsRaisedAndForgotten)
