@@ -115,7 +115,7 @@ TEST(OvFault, GoesToTheThreadsOwnTranslator)
     EXPECT_EQ(pfnFirst, ::_set_se_translator(nullptr));
 }
 
-TEST(OvFault, MayComeWhileAnotherIsHandled)
+TEST(OvFault, MayComeWhileAnErrorIsHandled)
 {
     CTestWorker worker([](CTestWorker&) -> DWORD { throw 1; });
     worker.m_onError = ReadNowhere; // the error of an error is dropped

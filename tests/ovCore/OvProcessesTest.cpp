@@ -37,15 +37,15 @@ std::string MethodFor(LONG lFlavour, DWORD dwPlatform, const COvOsNumber& number
     COVOsVersion version;
     version.Load(record);
     EXPECT_EQ(lFlavour, version.GetFlavour());
+    const std::wstring failure = L"0x80004005 OvOsProcessApi | Info Msg: Unsupported Os | (long)ePlatform: ";
     std::unique_ptr<COvOsProcessApi> pApi;
     const std::wstring raised = Raised([&] { pApi = COvOsProcessApi::MakeApi(version, pEnablePrivilege); });
-    if (pApi != nullptr)
-        return dynamic_cast<COvToolHelpProcessApi*>(pApi.get()) != nullptr  ? "ToolHelp"
-               : dynamic_cast<COvSysInfoProcessApi*>(pApi.get()) != nullptr ? "SysInfo"
-                                                                            : "PS";
-    EXPECT_EQ(L"0x80004005 OvOsProcessApi | Info Msg: Unsupported Os | (long)ePlatform: " + std::to_wstring(lFlavour),
-              raised);
-    return "";
+    EXPECT_EQ(pApi != nullptr ? L"nothing" : failure + std::to_wstring(lFlavour), raised);
+    if (dynamic_cast<COvToolHelpProcessApi*>(pApi.get()) != nullptr)
+        return "ToolHelp";
+    if (dynamic_cast<COvSysInfoProcessApi*>(pApi.get()) != nullptr)
+        return "SysInfo";
+    return pApi != nullptr ? "PS" : "";
 }
 
 } // namespace

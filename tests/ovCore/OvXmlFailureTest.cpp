@@ -91,15 +91,13 @@ TEST_F(OvXmlFailure, AListThatFailsKeepsItsNodes)
 {
     COvXmlNodeList nodes = m_node.GetChildNodes();
     COvComPtr<IXMLDOMNodeList> spList;
-    COvComPtr<IXMLDOMNode> spHeld; // so that the list need not allocate it
-    ASSERT_EQ(S_OK, m_pNode->get_childNodes(spList.Receive()));
-    ASSERT_EQ(S_OK, spList->get_item(0, spHeld.Receive()));
-    const std::wstring raised = Raised([&] {
-        const CFailingNew failing(1);
-        nodes.Populate(spList.Get());
-    });
+    m_pNode->get_childNodes(spList.Receive());
+    const COvComPtr<IXMLDOMNode> spHeld(nodes[0].Get()); // so that the list need not allocate it
     EXPECT_EQ(L"0x80004005 OvXmlNode | Exception Info:  | { | Code: STL EXCEPTION | Description: | std::bad_alloc | }",
-              raised);
+              Raised([&] {
+                  const CFailingNew failing(1);
+                  nodes.Populate(spList.Get());
+              }));
     EXPECT_EQ(1u, nodes.size());
 }
 
@@ -133,8 +131,6 @@ TEST_F(OvXmlFailure, EveryCallOfADocumentIsReported)
         const CFailingMethods failing({ row.pFailing }, E_UNEXPECTED);
         EXPECT_EQ(L"0x8000ffff " + row.evidence + L" | Error Object Info: told", RaisedMasked(row.work));
     }
-    EXPECT_EQ(L"<r><e k=\"1\">t</e></r>\r\n", TextOf(m_document.GetXML()));
-
     COvXmlDocument fresh(nullptr, XmlParserBest);
     const CFailingMethods failing({ at(&Document::setProperty) }, E_FAIL);
     EXPECT_NE(L"nothing", Raised([&] { fresh.Create(); }));
