@@ -253,7 +253,8 @@ void COVOsVersion::Load(const COvOsRecord& record)
     m_Flags.set(PartDesignation, m_lDesignation != EditionUnknown);
     m_lArchitecture = OvOsArchitectureOf(record.wArchitecture);
     m_Flags.set(PartArchitecture, m_lArchitecture != -1);
-    m_lProductType = record.lProductType;
+    m_lProductType =
+        IsWorkstation(record) || IsServer(record) ? record.lProductType : COvOsRecord::PRODUCT_TYPE_UNKNOWN;
     m_Flags.set(PartProductType, m_lProductType != COvOsRecord::PRODUCT_TYPE_UNKNOWN);
     m_dwProductInfo = record.dwProductInfo;
     m_Flags.set(PartProductInfo);

@@ -86,6 +86,7 @@ COvRegKey::~COvRegKey()
 bool COvRegKey::Create(const std::wstring& path, HKEY hRoot, DWORD samDesired, DWORD dwProcessId)
 {
     COvStackTraceScope scope(L"COvRegKey::Create", s_szSource, __LINE__, COvStackTrace::Get());
+    Close(); // before anything may fail: a failed Create leaves no key open
     HKEY hMappedRoot = hRoot;
     const std::wstring wzMapped = GetModifiedPath(&hMappedRoot, path, dwProcessId);
     DWORD dwDisposition = 0;

@@ -8,13 +8,28 @@ namespace
 
 const wchar_t s_szSource[] = L"ovCore\\OvVersionResource";
 
+/// Names the executable where no file is named. @return false when there is no such file, or the name is none.
+bool FindFile(std::wstring& strFile)
+{
+    try
+    {
+        if (strFile.empty())
+            strFile = COvFile::GetModuleFileNameW(nullptr);
+        return COvFile::FileExists(strFile, false, nullptr);
+    }
+    catch (const COvBaseException&)
+    {
+        return false;
+    }
+}
+
 } // namespace
 
 bool COvVersionResource::Open(const std::wstring& path)
 {
     COvStackTraceScope scope(L"COvVersionResource::Open", s_szSource, __LINE__, COvStackTrace::Get());
-    const std::wstring strFile = path.empty() ? COvFile::GetModuleFileNameW(nullptr) : path;
-    if (!COvFile::FileExists(strFile, false, nullptr))
+    std::wstring strFile = path;
+    if (!FindFile(strFile))
         return false;
     DWORD dwUnused = 0;
     const DWORD dwSize = ::GetFileVersionInfoSizeW(strFile.c_str(), &dwUnused);

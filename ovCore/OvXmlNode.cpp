@@ -117,8 +117,7 @@ bool COvXmlNode::GetOptParent(COvXmlNode& parent) const
     COvComPtr<IXMLDOMNode> spParent;
     const HRESULT hr = m_spNode->get_parentNode(spParent.Receive());
     if (FAILED(hr))
-        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::get_parentNode"), COvEvidence(),
-                        m_spNode.Get(), IID_IXMLDOMNode);
+        RaiseDomFailure(hr, __LINE__, L"IXMLDOMNode::get_parentNode");
     parent.m_spNode = std::move(spParent);
     return hr != S_FALSE && parent.m_spNode;
 }
@@ -130,8 +129,7 @@ COvXmlNodeList COvXmlNode::GetChildNodes() const
     COvComPtr<IXMLDOMNodeList> spList;
     const HRESULT hr = m_spNode->get_childNodes(spList.Receive());
     if (FAILED(hr))
-        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::get_childNodes"), COvEvidence(),
-                        m_spNode.Get(), IID_IXMLDOMNode);
+        RaiseDomFailure(hr, __LINE__, L"IXMLDOMNode::get_childNodes");
     COvXmlNodeList children;
     children.Populate(spList.Get());
     return children;
@@ -144,9 +142,8 @@ COvXmlNodeList COvXmlNode::GetElems(BSTR bstrPattern, bool bRequired) const
     COvComPtr<IXMLDOMNodeList> spList;
     const HRESULT hr = m_spNode->selectNodes(bstrPattern, spList.Receive());
     if (FAILED(hr) || (bRequired && (hr == S_FALSE || !spList)))
-        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::selectNodes"),
-                        COvEvidence(L"bstrPattern", TextOf(bstrPattern)) + COvEvidence(L"bRequired", bRequired),
-                        m_spNode.Get(), IID_IXMLDOMNode);
+        RaiseDomFailure(hr, __LINE__, L"IXMLDOMNode::selectNodes",
+                        COvEvidence(L"bstrPattern", TextOf(bstrPattern)) + COvEvidence(L"bRequired", bRequired));
     COvXmlNodeList found;
     found.Populate(spList.Get());
     return found;
@@ -166,8 +163,7 @@ COvComPtr<IXMLDOMNamedNodeMap> COvXmlNode::GetAttrs() const
     COvComPtr<IXMLDOMNamedNodeMap> spMap;
     const HRESULT hr = m_spNode->get_attributes(spMap.Receive());
     if (FAILED(hr) || !spMap)
-        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMElement::get_attributes"), COvEvidence(),
-                        m_spNode.Get(), IID_IXMLDOMNode);
+        RaiseDomFailure(hr, __LINE__, L"IXMLDOMElement::get_attributes");
     return spMap;
 }
 
@@ -280,7 +276,7 @@ COvBstr COvXmlNode::ReadText(TextGetter pGetter, const wchar_t* szMethod, LONG n
     COvBstr strText;
     const HRESULT hr = (m_spNode.Get()->*pGetter)(strText.Receive());
     if (FAILED(hr))
-        RaiseDomFailure(hr, nLine, COvEvidence(L"Method", szMethod), COvEvidence(), m_spNode.Get(), IID_IXMLDOMNode);
+        RaiseDomFailure(hr, nLine, szMethod);
     return strText;
 }
 
@@ -290,8 +286,8 @@ COvXmlNode COvXmlNode::Copy(OvXmlCloneType cloneType) const
     COvComPtr<IXMLDOMNode> spCopy;
     const HRESULT hr = m_spNode->cloneNode(cloneType == CloneDeep ? VARIANT_TRUE : VARIANT_FALSE, spCopy.Receive());
     if (FAILED(hr))
-        RaiseDomFailure(hr, __LINE__, COvEvidence(L"Method", L"IXMLDOMNode::cloneNode"),
-                        COvEvidence(L"cloneType", static_cast<LONG>(cloneType)), m_spNode.Get(), IID_IXMLDOMNode);
+        RaiseDomFailure(hr, __LINE__, L"IXMLDOMNode::cloneNode",
+                        COvEvidence(L"cloneType", static_cast<LONG>(cloneType)));
     return COvXmlNode(std::move(spCopy));
 }
 
@@ -330,6 +326,11 @@ _variant_t COvXmlNode::ConvertedValue(BSTR name, VARTYPE vtType) const
     if (value.vt == VT_EMPTY || value.vt == VT_NULL)
         return _variant_t();
     return COvStringUtil::VariantChangeType(value, vtType, 0);
+}
+
+void COvXmlNode::RaiseDomFailure(HRESULT hr, LONG nLine, const wchar_t* szMethod, const COvEvidence& arguments) const
+{
+    RaiseDomFailure(hr, nLine, COvEvidence(L"Method", szMethod), arguments, m_spNode.Get(), IID_IXMLDOMNode);
 }
 
 void COvXmlNode::RaiseDomFailure(HRESULT hr, LONG nLine, const COvEvidence& method, const COvEvidence& arguments,

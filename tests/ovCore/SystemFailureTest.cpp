@@ -1,9 +1,7 @@
 // What the helpers do when the system's calls fail: the calls are replaced at link time.
-#include "ovCore/OvDynamicLib.h"
 #include "ovCore/OvFile.h"
 #include "ovCore/OvOsRecord.h"
 #include "ovCore/OvSystem.h"
-#include "ovCore/OvVersion.h"
 #include "ovCore/OvVersionResource.h"
 
 #include "Platform/Control.h"
@@ -17,8 +15,7 @@
 namespace
 {
 
-DWORD s_dwDirectoryLength = 0; // what the call for the current directory answers
-DWORD s_dwNameLength = 0;      // what the call for a module's name answers, at most its room
+DWORD s_dwLength = 0; // what the calls for a directory and a module's name answer; 0: they fail
 bool s_bVersionFails = false;
 VS_FIXEDFILEINFO s_fixedInfo = {}; // what a file tells; its signature 0: nothing of its version
 
@@ -34,121 +31,82 @@ extern "C"
 {
     DWORD __wrap_GetCurrentDirectoryW(DWORD nUnits, LPWSTR szBuffer)
     {
-        std::fill_n(szBuffer, std::min(nUnits, s_dwDirectoryLength), L'd');
-        return s_dwDirectoryLength != 0 ? s_dwDirectoryLength : Fail(ERROR_ACCESS_DENIED);
+        std::fill_n(szBuffer, std::min(nUnits, s_dwLength), L'n');
+        return s_dwLength != 0 ? s_dwLength : Fail(ERROR_ACCESS_DENIED);
     }
-
     DWORD __wrap_GetModuleFileNameW(HMODULE, LPWSTR szBuffer, DWORD nUnits)
     {
-        const DWORD dwLength = std::min(nUnits, s_dwNameLength);
-        std::fill_n(szBuffer, dwLength, L'n');
-        return dwLength;
+        std::fill_n(szBuffer, std::min(nUnits, s_dwLength), L'n');
+        return std::min(nUnits, s_dwLength);
     }
-
     HANDLE __wrap_CreateFileW(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
     {
         return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); // something to close
     }
-
     DWORD __wrap_GetFileVersionInfoSizeW(LPCWSTR, LPDWORD)
     {
         return 100;
     }
-
     BOOL __wrap_GetFileVersionInfoW(LPCWSTR, DWORD, DWORD, LPVOID)
     {
         return s_bVersionFails ? static_cast<BOOL>(Fail(ERROR_SHARING_VIOLATION)) : TRUE;
     }
-
     BOOL __wrap_VerQueryValueW(LPCVOID, LPCWSTR szSubBlock, LPVOID* ppValue, UINT* pnLength)
     {
-        static wchar_t s_value[] = L"value";
-        if (std::wstring(szSubBlock) == L"\\" && s_fixedInfo.dwSignature != 0)
-        {
-            *ppValue = &s_fixedInfo;
-            *pnLength = sizeof(s_fixedInfo);
-            return TRUE;
-        }
-        const bool bEmpty = std::wstring(szSubBlock) == L"empty";
-        *ppValue = std::wstring(szSubBlock) == L"null" ? nullptr : s_value;
-        *pnLength = bEmpty ? 0 : 5;
+        *ppValue = std::wstring(szSubBlock) == L"null" ? nullptr : &s_fixedInfo;
+        *pnLength = std::wstring(szSubBlock) == L"empty" ? 0 : s_fixedInfo.dwSignature != 0 ? sizeof(s_fixedInfo) : 5;
         return TRUE;
     }
 }
 
-TEST(SystemFailure, ADirectoryThatDoesNotFitIsAFailure)
+TEST(SystemFailure, ATextThatDoesNotFitIsAFailureOrCut)
 {
-    const auto refusal = [](LONG lError) {
-        return L"0x80004005 OvSystem | Msg: A Win32 API call failed. | Method: ::GetCurrentDirectory | " +
-               ErrorItem(L"Win32 Error", lError);
-    };
-    s_dwDirectoryLength = 1023;
-    EXPECT_EQ(std::wstring(1023, L'd'), COvSystem::GetCurrentDirectoryW());
-    ::SetLastError(ERROR_SUCCESS);
-    s_dwDirectoryLength = 1024;
-    EXPECT_EQ(refusal(ERROR_SUCCESS), Raised([] { COvSystem::GetCurrentDirectoryW(); }));
-    s_dwDirectoryLength = 0;
-    EXPECT_EQ(refusal(ERROR_ACCESS_DENIED), Raised([] { COvSystem::GetCurrentDirectoryW(); }));
-    EXPECT_EQ(L"0x80004005 OvDynamicLib | Msg: A Win32 API call failed. | Method: LoadLibraryEx | " +
-                  ErrorItem(L"Win32 Error", ERROR_MOD_NOT_FOUND) + L" | m_wzFileNm: NoSuchLibrary.dll | tzCurrDir: ",
-              Raised([] { COvDynamicLib(L"NoSuchLibrary.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32); }));
-}
-
-TEST(SystemFailure, AModulesNameThatFillsTheBufferIsCut)
-{
-    s_dwNameLength = 1023;
-    EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
-    s_dwNameLength = 2000;
+    const std::wstring begin =
+        L"0x80004005 OvSystem | Msg: A Win32 API call failed. | Method: ::GetCurrentDirectory | ";
+    for (const DWORD dwLength : { 1023, 1024, 0 })
+    {
+        s_dwLength = dwLength;
+        ::SetLastError(ERROR_SUCCESS);
+        const std::wstring failure = begin + ErrorItem(L"Win32 Error", dwLength == 0 ? ERROR_ACCESS_DENIED : 0);
+        EXPECT_EQ(dwLength == 1023 ? L"nothing" : failure,
+                  Raised([] { EXPECT_EQ(std::wstring(1023, L'n'), COvSystem::GetCurrentDirectoryW()); }));
+    }
+    s_dwLength = 2000;
     EXPECT_EQ(std::wstring(1023, L'n'), COvFile::GetModuleFileNameW(nullptr));
 }
 
 TEST(SystemFailure, AVersionThatCannotBeReadIsRaisedAndForgotten)
 {
     COvVersionResource resource;
-    s_bVersionFails = false;
     ASSERT_TRUE(resource.Open(L"a"));
     void* pValue = nullptr;
     UINT nLength = 0;
     EXPECT_TRUE(resource.Query(L"part", &pValue, &nLength));
     EXPECT_FALSE(resource.Query(L"empty", &pValue, &nLength));
     EXPECT_FALSE(resource.Query(L"null", &pValue, &nLength));
-    COvVersion version;
-    EXPECT_FALSE(resource.GetVersion(version)); // a part too short for the fixed information
+    EXPECT_EQ(nullptr, resource.FixedInfoOpt()); // too short
     s_bVersionFails = true;
     EXPECT_EQ(L"0x80004005 OvVersionResource | Method: GetFileVersionInfo | " +
                   ErrorItem(L"Win32 GetLastError", ERROR_SHARING_VIOLATION),
               Raised([&] { resource.Open(L"a"); }));
+    s_bVersionFails = false;
     EXPECT_FALSE(resource.Query(L"part", &pValue, &nLength));
 }
 
 TEST(SystemFailure, WhereTheSystemHidesItsVersionAFileOfItTells)
 {
-    const struct
-    {
-        DWORD dwMinor;
-        DWORD dwSignature;
-        DWORD dwBuild;
-    } rows[] = {
-        { 3, 0xFEEF04BD, 22621 },
-        { 3, 0, 9600 },          // no version in the file
-        { 2, 0xFEEF04BD, 9600 }, // only a 6.3 may be a later one
-    };
     const CScratchRegistry registry;
     OvPlatform::CSystemRecord system;
     system.missingFunctions = { "RtlGetVersion" };
     system.nReportedMajor = 6;
-    system.nReportedBuild = 9600;
-    s_dwNameLength = 8;
-    s_bVersionFails = false;
+    s_dwLength = 8;
+    s_fixedInfo.dwSignature = 0xFEEF04BD;
     s_fixedInfo.dwFileVersionMS = 0x000A0000;
-    s_fixedInfo.dwFileVersionLS = 22621u << 16;
-    for (const auto& row : rows)
+    for (const DWORD dwMinor : { 3, 2 }) // only a 6.3 may be a later one
     {
-        system.nReportedMinor = row.dwMinor;
-        s_fixedInfo.dwSignature = row.dwSignature;
+        system.nReportedMinor = dwMinor;
         OvPlatform::SetSystemRecord(system);
-        EXPECT_EQ(row.dwBuild, OvReadOsRecord().actual.dwBuild);
+        EXPECT_EQ(dwMinor == 3 ? 10u : 6u, OvReadOsRecord().actual.dwMajor);
     }
-    s_fixedInfo.dwSignature = 0;
     OvPlatform::SetSystemRecord(OvPlatform::CSystemRecord());
 }

@@ -1,13 +1,8 @@
 // Where the two parsers that the tests run with differ: a source for each of them, of which CMake picks one.
 #pragma once
 
-#include "OvPlatform.h"
-
 /// The parse error of "<a>\n <b></a>", as it is rendered.
 extern const wchar_t* const EXPECTED_PARSE_ERROR;
-
-/// The result of loading a file that does not exist.
-extern const HRESULT EXPECTED_MISSING_FILE;
 
 /// <a xmlns="u" xmlns:p="v" b="1" p:d="2">t<c/></a> copied without content and attributes.
 extern const wchar_t* const EXPECTED_ELEMENT_ONLY;

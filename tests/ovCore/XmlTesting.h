@@ -56,10 +56,3 @@ HRESULT CodeOf(Work&& work)
     }
     return S_OK;
 }
-
-/// A code as Raised begins.
-inline std::wstring CodeText(HRESULT hr)
-{
-    const std::wstring text = COvEvidence(L"", hr, true).ToString(nullptr);
-    return text.substr(2, text.find(L' ', 2) - 2);
-}
