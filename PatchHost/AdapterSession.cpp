@@ -6,7 +6,7 @@ CAdapterSession::CAdapterSession(const CAdapterLibrary& library, ILogSink* sink)
     if (m_pAdapter != nullptr)
         return;
     DeleteAdapterFactory(m_pFactory);
-    throw std::runtime_error("the library made no adapter; run again with --trace 4 to see why");
+    throw std::runtime_error("the library made no adapter; run again with --trace trace to see why");
 }
 
 CAdapterSession::~CAdapterSession()

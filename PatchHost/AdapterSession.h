@@ -18,6 +18,7 @@ public:
     CAdapterSession& operator=(const CAdapterSession&) = delete;
 
     IAdapter* operator->() const { return m_pAdapter; }
+    IAdapter& operator*() const { return *m_pAdapter; }
 
     /// Destroys the adapter; takes up to about ten seconds.
     void Stop();

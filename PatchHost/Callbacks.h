@@ -25,10 +25,19 @@ public:
     /// @param dwTimeout  how long to wait for one, in milliseconds.
     std::optional<std::string> Take(DWORD dwTimeout);
 
+    /// How many that were not taken yet came on a thread.
+    size_t CountOf(DWORD dwThreadId);
+
 private:
+    struct CNotification
+    {
+        DWORD dwThreadId;
+        std::string status;
+    };
+
     std::mutex m_mutex;
-    std::deque<std::string> m_queue; // guarded by m_mutex
-    HANDLE m_hArrived;               // manual-reset: signalled while the queue is not empty
+    std::deque<CNotification> m_queue; // guarded by m_mutex
+    HANDLE m_hArrived;                 // manual-reset: signalled while the queue is not empty
 };
 
 /// Keeps the last answer to GetStatus.

@@ -8,6 +8,9 @@
 namespace
 {
 
+const wchar_t s_szKey[] = L"SOFTWARE\\Trevok\\Trevok Patch Agent";
+const wchar_t s_szName[] = L"PolicyRevId";
+
 /// Registry text: UTF-16, low byte first, with or without the NUL that ends it.
 std::wstring TextFromBytes(const std::vector<BYTE>& bytes)
 {
@@ -19,21 +22,42 @@ std::wstring TextFromBytes(const std::vector<BYTE>& bytes)
     return text;
 }
 
+std::vector<BYTE> BytesFromText(const std::wstring& text)
+{
+    std::vector<BYTE> bytes;
+    for (const wchar_t unit : text + L'\0')
+    {
+        bytes.push_back(static_cast<BYTE>(unit & 0xFF));
+        bytes.push_back(static_cast<BYTE>(unit >> 8 & 0xFF));
+    }
+    return bytes;
+}
+
 } // namespace
 
 std::optional<std::string> ReadPolicyRevision()
 {
     HKEY hKey = nullptr;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Trevok\\Trevok Patch Agent", 0, KEY_READ | KEY_WOW64_64KEY,
-                        &hKey) != ERROR_SUCCESS)
+    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, KEY_READ | KEY_WOW64_64KEY, &hKey) != ERROR_SUCCESS)
         return std::nullopt;
     DWORD nSize = 0;
-    LONG lResult = ::RegQueryValueExW(hKey, L"PolicyRevId", nullptr, nullptr, nullptr, &nSize);
+    LONG lResult = ::RegQueryValueExW(hKey, s_szName, nullptr, nullptr, nullptr, &nSize);
     std::vector<BYTE> bytes(nSize);
     if (lResult == ERROR_SUCCESS && nSize > 0)
-        lResult = ::RegQueryValueExW(hKey, L"PolicyRevId", nullptr, nullptr, bytes.data(), &nSize);
+        lResult = ::RegQueryValueExW(hKey, s_szName, nullptr, nullptr, bytes.data(), &nSize);
     ::RegCloseKey(hKey);
     if (lResult != ERROR_SUCCESS)
         return std::nullopt;
     return WideToUtf8(TextFromBytes(bytes));
+}
+
+void WritePolicyRevision(const std::string& revision)
+{
+    HKEY hKey = nullptr;
+    if (::RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                          KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, &hKey, nullptr) != ERROR_SUCCESS)
+        return;
+    const std::vector<BYTE> bytes = BytesFromText(Utf8ToWide(revision));
+    ::RegSetValueExW(hKey, s_szName, 0, REG_SZ, bytes.data(), static_cast<DWORD>(bytes.size()));
+    ::RegCloseKey(hKey);
 }

@@ -1,4 +1,4 @@
-// The revision that the adapter has recorded, read as any other program of the machine would read it.
+// The revision that the adapter has recorded, as any other program of the machine would read it.
 #pragma once
 
 #include <optional>
@@ -6,3 +6,6 @@
 
 /// The recorded policy revision in UTF-8; nothing when none was recorded.
 std::optional<std::string> ReadPolicyRevision();
+
+/// Records a revision in the place of the adapter's.
+void WritePolicyRevision(const std::string& revision);

@@ -1,50 +1,24 @@
-#include "RunCommand.h"
-
+// run: the main job from end to end, against a simulated service. Takes up to 30 seconds: the adapter looks for the
+// service every ten seconds.
 #include "AdapterSession.h"
 #include "AgentSimulator/AgentSimulator.h"
+#include "Apartment.h"
 #include "Callbacks.h"
+#include "Commands.h"
+#include "Documents.h"
 #include "PolicyRevision.h"
+#include "State.h"
 #include "Text.h"
+#include "TraceSink.h"
 
-#include <cstdio>
-#include <fstream>
+#include <algorithm>
 #include <iostream>
-#include <iterator>
-#include <sstream>
 
 namespace
 {
 
 constexpr DWORD s_dwSecond = 1000;
 constexpr unsigned s_nMonitorSeconds = 15; // the monitor looks every ten seconds; the rest is for a busy machine
-
-/// A thread's stay in the multithreaded apartment.
-class CComApartment
-{
-public:
-    CComApartment() { m_bEntered = SUCCEEDED(::CoInitializeEx(nullptr, COINIT_MULTITHREADED)); }
-    ~CComApartment()
-    {
-        if (m_bEntered)
-            ::CoUninitialize();
-    }
-
-    CComApartment(const CComApartment&) = delete;
-    CComApartment& operator=(const CComApartment&) = delete;
-
-private:
-    bool m_bEntered;
-};
-
-std::string ReadDocument(const std::string& file)
-{
-    if (file == "-")
-        return { std::istreambuf_iterator<char>(std::cin), {} };
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw std::runtime_error("cannot read " + file);
-    return { std::istreambuf_iterator<char>(stream), {} };
-}
 
 void Require(bool bHappened, const std::string& step)
 {
@@ -137,10 +111,12 @@ void ChangeService(CAgentSimulator& service, CStatusObserver& observer, bool bRu
 
 } // namespace
 
-void RunMainJob(const CRunOptions& options, CTraceSink& sink)
+int RunCommand(const COptions& options)
 {
-    const std::string policy = ReadDocument(options.policy);
+    const std::string policy = ReadDocument(options.files.front());
     const CComApartment apartment;
+    const CRecordPlace record(RecordKind::Kept, options.stateFolder);
+    CTraceSink sink(std::max(options.nTraceLevel, 0)); // what fails here must be seen
     CAgentSimulator service;
     service.Start();
 
@@ -165,4 +141,5 @@ void RunMainJob(const CRunOptions& options, CTraceSink& sink)
     Heading("done");
     std::cerr << "stopping the adapter, which can take ten seconds\n";
     adapter.Stop();
+    return ExitDone;
 }

@@ -1,9 +1,77 @@
 #include "State.h"
 
+#include "Options.h"
+#include "OvPlatform.h"
+#include "PolicyRevision.h"
+#include "Text.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
-void UseStateFolder(const std::string& folder)
+// A record of this program's own lives in a key of the user's hive that stands in for HKEY_LOCAL_MACHINE in this
+// process alone; what is kept of it is a file.
+
+namespace
+{
+
+std::wstring StandInPath()
+{
+    return L"Software\\patchhost\\" + std::to_wstring(::GetCurrentProcessId());
+}
+
+void StandIn()
+{
+    HKEY hKey = nullptr;
+    LONG lResult = ::RegCreateKeyExW(HKEY_CURRENT_USER, StandInPath().c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                     KEY_ALL_ACCESS, nullptr, &hKey, nullptr);
+    if (lResult == ERROR_SUCCESS)
+        lResult = ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, hKey);
+    ::RegCloseKey(hKey);
+    if (lResult != ERROR_SUCCESS)
+        throw std::runtime_error("the machine's registry cannot be kept out: error " + std::to_string(lResult));
+}
+
+std::filesystem::path FolderOrDefault(const std::string& folder)
 {
     if (!folder.empty())
-        throw std::runtime_error("--state-dir is not available on Windows: the record is in the machine's registry");
+        return std::filesystem::u8path(folder);
+    const wchar_t* const szLocal = ::_wgetenv(L"LOCALAPPDATA");
+    return std::filesystem::path(szLocal == nullptr ? L"." : szLocal) / L"patchhost";
+}
+
+} // namespace
+
+CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
+{
+    m_description = "HKLM\\SOFTWARE\\Trevok\\Trevok Patch Agent, PolicyRevId";
+    if (kind == RecordKind::Machine && !folder.empty())
+        throw CCommandError(ExitUsage, "--state-dir does not go with --service installed on Windows: that record is in "
+                                       "the machine's registry");
+    if (kind == RecordKind::Machine)
+        return;
+    StandIn();
+    m_description = "nowhere";
+    if (kind == RecordKind::Throwaway)
+        return;
+    const std::filesystem::path path = FolderOrDefault(folder);
+    std::filesystem::create_directories(path);
+    m_file = (path / "revision.txt").u8string();
+    m_description = m_file;
+    std::ifstream stream(path / "revision.txt", std::ios::binary);
+    if (stream)
+        WritePolicyRevision({ std::istreambuf_iterator<char>(stream), {} });
+}
+
+CRecordPlace::~CRecordPlace()
+{
+    if (m_description.rfind("HKLM", 0) == 0)
+        return;
+    const std::optional<std::string> revision = ReadPolicyRevision();
+    if (!m_file.empty() && revision)
+        std::ofstream(std::filesystem::u8path(m_file), std::ios::binary) << *revision;
+    ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, StandInPath().c_str());
 }

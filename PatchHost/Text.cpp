@@ -2,22 +2,57 @@
 
 #include "OvPlatform.h"
 
-std::wstring Utf8ToWide(const std::string& text)
+namespace
+{
+
+std::wstring ToWide(UINT nCodePage, const std::string& text)
 {
     const int nSource = static_cast<int>(text.size());
-    const int nLength = ::MultiByteToWideChar(CP_UTF8, 0, text.data(), nSource, nullptr, 0);
+    const int nLength = ::MultiByteToWideChar(nCodePage, 0, text.data(), nSource, nullptr, 0);
     std::wstring wide(static_cast<size_t>(nLength > 0 ? nLength : 0), L'\0');
-    ::MultiByteToWideChar(CP_UTF8, 0, text.data(), nSource, wide.data(), nLength);
+    ::MultiByteToWideChar(nCodePage, 0, text.data(), nSource, wide.data(), nLength);
     return wide;
+}
+
+std::string ToNarrow(UINT nCodePage, const std::wstring& text)
+{
+    const int nSource = static_cast<int>(text.size());
+    const int nLength = ::WideCharToMultiByte(nCodePage, 0, text.data(), nSource, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<size_t>(nLength > 0 ? nLength : 0), '\0');
+    ::WideCharToMultiByte(nCodePage, 0, text.data(), nSource, narrow.data(), nLength, nullptr, nullptr);
+    return narrow;
+}
+
+} // namespace
+
+std::wstring Utf8ToWide(const std::string& text)
+{
+    return ToWide(CP_UTF8, text);
 }
 
 std::string WideToUtf8(const std::wstring& text)
 {
-    const int nSource = static_cast<int>(text.size());
-    const int nLength = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), nSource, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<size_t>(nLength > 0 ? nLength : 0), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text.data(), nSource, narrow.data(), nLength, nullptr, nullptr);
-    return narrow;
+    return ToNarrow(CP_UTF8, text);
+}
+
+std::wstring AnsiToWide(const std::string& text)
+{
+    return ToWide(CP_ACP, text);
+}
+
+std::string AnsiToUtf8(const std::string& text)
+{
+    return WideToUtf8(AnsiToWide(text));
+}
+
+std::string Utf8ToAnsi(const std::string& text)
+{
+    return ToNarrow(CP_ACP, Utf8ToWide(text));
+}
+
+std::string Count(size_t nCount, const std::string& noun)
+{
+    return std::to_string(nCount) + " " + noun + (nCount == 1 ? "" : "s");
 }
 
 namespace

@@ -6,6 +6,14 @@
 std::wstring Utf8ToWide(const std::string& text);
 std::string WideToUtf8(const std::wstring& text);
 
+// The library's narrow texts are in the system's ANSI code page.
+std::wstring AnsiToWide(const std::string& text);
+std::string AnsiToUtf8(const std::string& text);
+std::string Utf8ToAnsi(const std::string& text);
+
+/// "3 characters", "1 character".
+std::string Count(size_t nCount, const std::string& noun);
+
 /// Breaks a document that was written without white space into indented lines; what a CDATA section holds is unfolded
 /// as a document of its own. Meant for reading, not for parsing: a text that is no XML comes out as it is.
 std::string IndentXml(const std::string& xml, unsigned nIndent = 0);

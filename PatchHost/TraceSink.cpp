@@ -1,12 +1,15 @@
 #include "TraceSink.h"
 
+#include "Text.h"
+
 #include <cstdio>
-#include <string>
+#include <utility>
 
 namespace
 {
 
 const char* const s_kinds[] = { "error", "warning", "info", "detail", "trace" };
+const std::string s_name = "PatchAdapter: "; // what the library's format begins with
 
 /// The line that a format and its arguments make; formatted twice, as its length is not known before.
 std::string Format(const char* format, va_list arguments)
@@ -22,6 +25,11 @@ std::string Format(const char* format, va_list arguments)
 
 } // namespace
 
+const char* KindName(int nKind)
+{
+    return s_kinds[nKind];
+}
+
 CTraceSink::CTraceSink(int nLevel) : m_nLevel(nLevel), m_hMonitorTold(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
 
 CTraceSink::~CTraceSink()
@@ -34,15 +42,43 @@ bool CTraceSink::AwaitMonitor(DWORD dwTimeout) const
     return ::WaitForSingleObject(m_hMonitorTold, dwTimeout) == WAIT_OBJECT_0;
 }
 
+void CTraceSink::SetListener(Listener listener)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_listener = std::move(listener);
+}
+
+ULONGLONG CTraceSink::GetMonitorTick() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_nMonitorTick;
+}
+
+// The monitor counts anew when it starts and when it has told of a change.
+void CTraceSink::Notice(const std::string& text)
+{
+    const bool bTold = text == "Exiting Function: CMonitorThread::NotifyObservers";
+    if (bTold)
+        ::SetEvent(m_hMonitorTold);
+    if (bTold || text == "Entering Function: CMonitorThread::DoWork")
+        m_nMonitorTick = ::GetTickCount64();
+}
+
 void CTraceSink::Write(int nKind, const char* format, va_list arguments)
 {
-    const std::string text = Format(format, arguments);
-    if (text.find("Exiting Function: CMonitorThread::NotifyObservers") != std::string::npos)
-        ::SetEvent(m_hMonitorTold);
+    const std::string formatted = AnsiToUtf8(Format(format, arguments));
+    const bool bNamed = formatted.compare(0, s_name.size(), s_name) == 0;
+    const CTraceLine line = { nKind, ::GetCurrentThreadId(), bNamed ? formatted.substr(s_name.size()) : formatted };
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        Notice(line.text);
+        if (m_listener)
+            m_listener(line);
+    }
     if (nKind > m_nLevel)
         return;
-    const std::string line = std::string(s_kinds[nKind]) + ": " + text + "\n";
-    std::fputs(line.c_str(), stderr); // one call, so that lines of several threads do not mix
+    const std::string shown = std::string(KindName(nKind)) + ": " + formatted + "\n";
+    std::fputs(shown.c_str(), stderr); // one call, so that lines of several threads do not mix
 }
 
 #define TRACE_SINK_OPERATION(name, kind)                                                                               \
@@ -59,3 +95,24 @@ TRACE_SINK_OPERATION(LogWarning, 1)
 TRACE_SINK_OPERATION(LogInfo, 2)
 TRACE_SINK_OPERATION(LogDetail, 3)
 TRACE_SINK_OPERATION(LogTrace, 4)
+
+CCallTrace::CCallTrace(CTraceSink& sink) : m_sink(sink)
+{
+    m_sink.SetListener([this, dwThreadId = ::GetCurrentThreadId()](const CTraceLine& line) {
+        if (line.dwThreadId == dwThreadId)
+            m_lines.push_back(line);
+    });
+}
+
+CCallTrace::~CCallTrace()
+{
+    m_sink.SetListener(nullptr);
+}
+
+bool CCallTrace::Has(int nKind, const std::string& start) const
+{
+    for (const CTraceLine& line : m_lines)
+        if (line.nKind == nKind && line.text.compare(0, start.size(), start) == 0)
+            return true;
+    return false;
+}

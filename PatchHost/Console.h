@@ -1,0 +1,26 @@
+// The program's surroundings: its arguments and its standard streams.
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// The arguments without the program's name, in UTF-8.
+std::vector<std::string> Arguments(int argc, char** argv);
+
+enum class Stream
+{
+    Output,
+    Error
+};
+
+bool IsTerminal(Stream stream);
+
+/// Whether the stream is a terminal that understands colours; makes it so where it has to be told.
+bool HasColours(Stream stream);
+
+/// Standard input and output carry documents byte by byte from now on.
+void UseBinaryStreams();
+
+/// Makes a code page the system's ANSI code page for this process.
+/// @return false where that cannot be done and it is not the system's own.
+bool UseAnsiCodePage(unsigned nCodePage);

@@ -1,0 +1,53 @@
+#include "Console.h"
+
+#include "OvPlatform.h"
+#include "Text.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+namespace
+{
+
+HANDLE HandleOf(Stream stream)
+{
+    return ::GetStdHandle(stream == Stream::Output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+}
+
+} // namespace
+
+std::vector<std::string> Arguments(int, char**)
+{
+    int nCount = 0;
+    wchar_t** const ppArguments = ::CommandLineToArgvW(::GetCommandLineW(), &nCount);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < nCount; ++i)
+        arguments.push_back(WideToUtf8(ppArguments[i]));
+    ::LocalFree(ppArguments);
+    return arguments;
+}
+
+bool IsTerminal(Stream stream)
+{
+    DWORD dwMode = 0;
+    return ::GetConsoleMode(HandleOf(stream), &dwMode) != FALSE;
+}
+
+bool HasColours(Stream stream)
+{
+    constexpr DWORD dwEscapes = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING
+    DWORD dwMode = 0;
+    return ::GetConsoleMode(HandleOf(stream), &dwMode) && ::SetConsoleMode(HandleOf(stream), dwMode | dwEscapes);
+}
+
+void UseBinaryStreams()
+{
+    ::_setmode(0, _O_BINARY);
+    ::_setmode(1, _O_BINARY);
+}
+
+bool UseAnsiCodePage(unsigned nCodePage)
+{
+    return nCodePage == ::GetACP();
+}

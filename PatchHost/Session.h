@@ -1,0 +1,57 @@
+// An adapter at work, with all that it meets: a service, a record of the revision, a log.
+#pragma once
+
+#include "AdapterSession.h"
+#include "Apartment.h"
+#include "Options.h"
+#include "PatchService.h"
+#include "State.h"
+#include "TimeLimit.h"
+#include "TraceSink.h"
+
+#include <optional>
+#include <string>
+
+class CSession
+{
+public:
+    /// Puts the service in place, loads the library and makes the adapter.
+    /// @param kind  the service that the adapter meets. @param record  where it records.
+    CSession(const COptions& options, ServiceKind kind, RecordKind record);
+
+    /// With the service and the record that the options ask for.
+    explicit CSession(const COptions& options);
+
+    /// Stops the adapter, which takes up to ten seconds, after saying so on standard error.
+    ~CSession();
+
+    CSession(const CSession&) = delete;
+    CSession& operator=(const CSession&) = delete;
+
+    /// Calls an operation of the adapter, within the time limit. @param name  the operation's.
+    template <class Operation>
+    void Call(const std::string& name, Operation&& operation)
+    {
+        const CTimeLimit limit(m_nTimeoutMs, name);
+        operation(*m_adapter);
+    }
+
+    CTraceSink& GetSink() { return m_sink; }
+    CPatchService& GetService() { return m_service; }
+    const CAdapterLibrary& GetLibrary() const { return m_library; }
+
+private:
+    const unsigned m_nTimeoutMs;
+    const CComApartment m_apartment;
+    const CRecordPlace m_record;
+    CPatchService m_service;
+    CTraceSink m_sink;
+    const CAdapterLibrary m_library;
+    CAdapterSession m_adapter;
+};
+
+/// The record that goes with a service: the machine's own only with its own service.
+RecordKind RecordFor(ServiceKind kind);
+
+/// The text of the script that the options name; empty for none.
+std::string ReadScript(const COptions& options);

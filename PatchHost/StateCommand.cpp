@@ -1,0 +1,15 @@
+// state: the recorded revision and where it is stored.
+#include "Commands.h"
+#include "Output.h"
+#include "PolicyRevision.h"
+#include "Session.h"
+
+int StateCommand(const COptions& options)
+{
+    const COutput out(options.bJson);
+    const CRecordPlace place(RecordFor(options.service), options.stateFolder);
+    const std::optional<std::string> revision = ReadPolicyRevision();
+    out.Json({ { "revision", revision ? CJson(*revision) : CJson() }, { "place", place.Describe() } });
+    out.Text("revision  " + revision.value_or("none was recorded") + "\n" + "place     " + place.Describe() + "\n");
+    return ExitDone;
+}
