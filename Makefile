@@ -1,6 +1,6 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize format check-format clean
+.PHONY: help run test windows test-windows sanitize threads reliability format check-format clean
 
 JOBS ?= $(shell nproc)
 
@@ -33,11 +33,27 @@ sanitize: setup-native  ## the native suite under the address and undefined-beha
 	@$(call build,sanitize)
 	@ctest --preset sanitize
 
+threads: setup-native  ## eight threads in the adapter, under the thread sanitizer
+	@$(call build,threads,OperationsRaceTest)
+	@ctest --preset threads -R '^OperationsRace'
+
+reliability: setup-native  ## the long form of the reliability tests
+	@$(call build,native)
+	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace)'
+
 format: setup-format  ## formats every source
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
 
-check-format: setup-format  ## fails when a source is not formatted
+check-threads: setup-native  ## eight threads in the adapter, under the thread sanitizer
+	@$(call build,threads,OperationsRaceTest)
+	@ctest --preset threads -R '^OperationsRace'
+
+reliability: setup-native  ## the long form of the reliability tests
+	@$(call build,native)
+	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace)'
+
+format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root
-	@rm -rf build/native build/windows build/sanitize
+	@rm -rf build/native build/windows build/sanitize build/threads

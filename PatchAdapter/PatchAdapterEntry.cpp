@@ -1,6 +1,8 @@
 // The library's entry points.
 #include "PatchAdapterFactory.h"
 
+#include <new>
+
 extern "C"
 {
     BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD dwReason, LPVOID pReserved);
@@ -14,10 +16,10 @@ BOOL WINAPI DllMain(HINSTANCE hInstance, DWORD, LPVOID)
     return TRUE;
 }
 
-/// A new factory, which the host deletes with DeleteAdapterFactory. Without memory std::bad_alloc leaves.
+/// A new factory, which the host deletes with DeleteAdapterFactory; null when there is no memory for one.
 IAdapterFactory* __cdecl GetAdapterFactory1_0()
 {
-    return new PatchAdapterFactory;
+    return new (std::nothrow) PatchAdapterFactory;
 }
 
 /// Stores the plug-in interface version; nothing when either pointer is null.

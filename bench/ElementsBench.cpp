@@ -46,18 +46,22 @@ void Write(const Values<Char>& values, const Names& names)
 const char* const s_narrowNames[] = { "list", "item", "id", "name", "state" };
 const wchar_t* const s_wideNames[] = { L"list", L"item", L"id", L"name", L"state" };
 
-// The values are made at the first run, so that a run of other rows does not pay for them.
+/// The values of the last size that was asked for.
+template <class Char>
+const Values<Char>& ValuesFor(size_t nElements)
+{
+    static Values<Char> values;
+    if (values.size() != nElements * 3)
+        values = MakeValues<Char>(nElements);
+    return values;
+}
+
 template <class Writer, class Char, class Names>
 void AddWriter(const std::string& row, size_t nElements, const char* szName, const Names& names)
 {
-    Add(row, szName, static_cast<double>(nElements), [nElements, &names] {
-        static std::vector<std::pair<size_t, Values<Char>>> made;
-        auto it = made.begin();
-        while (it != made.end() && it->first != nElements)
-            ++it;
-        if (it == made.end())
-            it = made.insert(it, { nElements, MakeValues<Char>(nElements) });
-        Write<Writer, Char>(it->second, names);
+    benchmark::RegisterBenchmark((row + "|" + szName).c_str(), [nElements, &names](benchmark::State& state) {
+        const Values<Char>& values = ValuesFor<Char>(nElements);
+        Run(state, static_cast<double>(nElements), [&] { Write<Writer, Char>(values, names); });
     });
 }
 

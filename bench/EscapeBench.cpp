@@ -7,16 +7,21 @@
 #include "PeerTinyxml2.h"
 
 #include <memory>
+#include <random>
 
 namespace
 {
 
-/// nUnits characters; of each ten one is the given one, or all.
-std::wstring MakeText(size_t nUnits, wchar_t cSpecial, bool bAll)
+constexpr size_t NEVER = 0;
+
+/// Letters with one of the special ones in between, on average each nEvery characters, at places that can't be guessed.
+std::wstring MakeText(size_t nUnits, const std::wstring& special, size_t nEvery)
 {
+    std::minstd_rand random(1);
     std::wstring text(nUnits, L'a');
-    for (size_t i = 0; i < nUnits; ++i)
-        text[i] = cSpecial != 0 && (bAll || i % 10 == 5) ? cSpecial : static_cast<wchar_t>(L'a' + i % 26);
+    for (wchar_t& c : text)
+        c = nEvery != NEVER && random() % nEvery == 0 ? special[random() % special.size()]
+                                                      : static_cast<wchar_t>(L'a' + random() % 26);
     return text;
 }
 
@@ -64,18 +69,21 @@ void AddEscaping()
     const struct
     {
         const char* szName;
-        wchar_t cSpecial;
-        bool bAll;
-    } kinds[] = { { "clean", 0, false }, { "10 % markup", L'<', false }, { "non-ASCII", 0xE9, true } };
+        std::wstring special;
+        size_t nEvery;
+        bool bForAll; // done by all peers
+    } kinds[] = { { "clean", L"", NEVER, true },
+                  { "10 % markup", L"<>&\"'", 10, true },
+                  { "non-ASCII", L"\xE9\x105\x3B1\x416", 1, false } };
 
     for (const auto& kind : kinds)
         for (const size_t nUnits : { 1024, 65536, 4 * 1024 * 1024 })
         {
-            const std::wstring text = MakeText(nUnits, kind.cSpecial, kind.bAll);
+            const std::wstring text = MakeText(nUnits, kind.special, kind.nEvery);
             const std::string row = std::string("escaping, ") + kind.szName + ", " + std::to_string(nUnits);
             AddOurs(row, text);
             AddLibxml2(row, Utf8Of(text), static_cast<double>(nUnits));
-            if (!kind.bAll)
+            if (kind.bForAll)
                 AddOthers(row, Utf8Of(text), static_cast<double>(nUnits));
         }
 }

@@ -1,154 +1,175 @@
 #include "OvXmlEscape.h"
 
+#include "OvXmlUnitBlock.h"
+
 #include <algorithm>
-#include <iterator>
+#include <cstring>
 #include <new>
 #include <string_view>
 
 namespace
 {
 
+constexpr uint32_t ASCII_UNITS = 0x80;
+constexpr size_t REFERENCE_LENGTH = 8; // of "&#xHHHH;"
+constexpr size_t PAIR_LENGTH = 10;     // of "&#xHHHHHH;"
+constexpr ptrdiff_t PIECE_ROOM = 10;   // what one unit or pair takes at most
+
 bool IsHighSurrogate(uint32_t c)
 {
-    return c >= 0xD800 && c <= 0xDBFF;
+    return (c & 0xFFFFFC00) == 0xD800;
 }
 
 bool IsLowSurrogate(uint32_t c)
 {
-    return c >= 0xDC00 && c <= 0xDFFF;
+    return (c & 0xFFFFFC00) == 0xDC00;
 }
 
-/// What escaping makes of a markup character; empty for every other unit.
-std::wstring_view Entity(uint32_t c, bool bQuotes)
+uint32_t UnitAt(const wchar_t* p)
 {
-    switch (c)
-    {
-    case L'&':
-        return L"&amp;";
-    case L'<':
-        return L"&lt;";
-    case L'>':
-        return L"&gt;";
-    case L'"':
-        return bQuotes ? L"&quot;" : std::wstring_view();
-    case L'\'':
-        return bQuotes ? L"&apos;" : std::wstring_view();
-    default:
-        return std::wstring_view();
-    }
+    return static_cast<uint32_t>(*p);
 }
 
-/// The units that are copied as they are.
-class CPlainUnits
+/// Whether a surrogate pair begins at p.
+bool IsPair(const wchar_t* p, const wchar_t* pEnd)
 {
-public:
-    explicit constexpr CPlainUnits(bool bQuotes) : m_bPlain()
-    {
-        for (unsigned c = 0x20; c <= 0x7E; ++c)
-            m_bPlain[c] = c != '&' && c != '<' && c != '>' && !(bQuotes && (c == '"' || c == '\''));
-    }
+    return IsHighSurrogate(UnitAt(p)) && p + 1 != pEnd && IsLowSurrogate(UnitAt(p + 1));
+}
 
-    const wchar_t* EndOfRun(const wchar_t* p, const wchar_t* pEnd) const
-    {
-        while (p != pEnd && static_cast<uint32_t>(*p) < std::size(m_bPlain) && m_bPlain[*p])
-            ++p;
-        return p;
-    }
-
-private:
-    bool m_bPlain[0x80];
-};
-
-constexpr CPlainUnits s_plainButQuotes(true);
-constexpr CPlainUnits s_plainWithQuotes(false);
-
-/// Takes the escaped text piece by piece: counts all of it and writes what fits.
-class CEscapeOutput
+/// Writes a hexadecimal reference with nDigits digits. @return its end.
+constexpr wchar_t* WriteReference(wchar_t* p, uint32_t nCode, unsigned nDigits)
 {
-public:
-    CEscapeOutput(wchar_t* pOut, size_t nOut) : m_pOut(pOut), m_nRemaining(static_cast<int64_t>(nOut)) {}
-
-    /// Plain units, each of which is a piece of its own.
-    void AddPlain(const wchar_t* p, size_t n)
-    {
-        const int64_t nFits = std::clamp<int64_t>(m_nRemaining, 0, static_cast<int64_t>(n));
-        if (m_pOut != nullptr)
-            m_pOut = std::copy_n(p, nFits, m_pOut);
-        Count(n);
-    }
-
-    void AddEntity(std::wstring_view entity)
-    {
-        if (Fits(entity.size()))
-            m_pOut = std::copy(entity.begin(), entity.end(), m_pOut);
-        Count(entity.size());
-    }
-
-    /// A hexadecimal reference with nDigits digits.
-    void AddReference(uint32_t nCode, unsigned nDigits)
-    {
-        const size_t nLength = REFERENCE_MARKS + nDigits;
-        if (Fits(nLength))
-        {
-            m_pOut = std::copy_n(L"&#x", 3, m_pOut);
-            for (unsigned nShift = nDigits * 4; nShift != 0; nShift -= 4)
-                *m_pOut++ = L"0123456789ABCDEF"[nCode >> (nShift - 4) & 0xF];
-            *m_pOut++ = L';';
-        }
-        Count(nLength);
-    }
-
-    /// The units of everything added.
-    uint64_t Total() const { return m_nTotal; }
-
-    /// Whether everything was written.
-    bool IsWhole() const { return m_nRemaining >= 0; }
-
-private:
-    static constexpr size_t REFERENCE_MARKS = 4; // "&#x" and ";"
-
-    bool Fits(size_t n) const { return m_pOut != nullptr && m_nRemaining >= static_cast<int64_t>(n); }
-
-    void Count(size_t n)
-    {
-        m_nTotal += n;
-        m_nRemaining -= static_cast<int64_t>(n);
-    }
-
-    wchar_t* m_pOut; // where the next piece goes
-    int64_t m_nRemaining;
-    uint64_t m_nTotal = 0;
-};
-
-/// Adds the unit at p, which is not a plain one, or the pair that begins there. @return the unit after it.
-const wchar_t* AddSpecial(const wchar_t* p, const wchar_t* pEnd, bool bQuotes, CEscapeOutput& output)
-{
-    const uint32_t c = static_cast<uint32_t>(*p++);
-    if (IsHighSurrogate(c) && p != pEnd && IsLowSurrogate(static_cast<uint32_t>(*p)))
-    {
-        output.AddReference((c - 0xD800) * 0x400 + (static_cast<uint32_t>(*p++) - 0xDC00) + 0x10000, 6);
-        return p;
-    }
-    const std::wstring_view entity = Entity(c, bQuotes);
-    if (entity.empty())
-        output.AddReference(c, 4);
-    else
-        output.AddEntity(entity);
+    *p++ = L'&';
+    *p++ = L'#';
+    *p++ = L'x';
+    for (unsigned nShift = nDigits * 4; nShift != 0; nShift -= 4)
+        *p++ = L"0123456789ABCDEF"[nCode >> (nShift - 4) & 0xF];
+    *p++ = L';';
     return p;
 }
 
-void AddText(const wchar_t* p, size_t n, bool bQuotes, CEscapeOutput& output)
+/// What escaping makes of a unit of ASCII.
+struct CPiece
 {
-    const CPlainUnits& plain = bQuotes ? s_plainButQuotes : s_plainWithQuotes;
-    const wchar_t* const pEnd = p + n;
+    wchar_t units[REFERENCE_LENGTH]; // and zeros behind
+};
+
+constexpr std::wstring_view EntityOf(uint32_t c, bool bQuotes)
+{
+    switch (c)
+    {
+    case '&':
+        return L"&amp;";
+    case '<':
+        return L"&lt;";
+    case '>':
+        return L"&gt;";
+    case '"':
+        return bQuotes ? L"&quot;" : L"\"";
+    case '\'':
+        return bQuotes ? L"&apos;" : L"'";
+    default:
+        return {};
+    }
+}
+
+struct CPieces
+{
+    explicit constexpr CPieces(bool bQuotes)
+    {
+        for (uint32_t c = 0; c < ASCII_UNITS; ++c)
+        {
+            wchar_t* const p = pieces[c].units;
+            const std::wstring_view entity = EntityOf(c, bQuotes);
+            lengths[c] = static_cast<uint8_t>(entity.size());
+            for (size_t i = 0; i < entity.size(); ++i)
+                p[i] = entity[i];
+            if (entity.empty() && c >= 0x20 && c <= 0x7E)
+                p[0] = static_cast<wchar_t>(c), lengths[c] = 1;
+            else if (entity.empty())
+                lengths[c] = static_cast<uint8_t>(WriteReference(p, c, 4) - p);
+        }
+    }
+
+    CPiece pieces[ASCII_UNITS] = {};
+    uint8_t lengths[ASCII_UNITS] = {};
+};
+
+constexpr CPieces s_withQuotes(true);
+constexpr CPieces s_withoutQuotes(false);
+
+/// Escapes the unit at p, or the pair that begins there. @param pOut  room for PIECE_ROOM units; moved to the end.
+/// @return what follows in the text.
+const wchar_t* EscapeOne(const wchar_t* p, const wchar_t* pEnd, const CPieces& pieces, wchar_t*& pOut)
+{
+    const uint32_t c = UnitAt(p);
+    if (c < ASCII_UNITS)
+    {
+        std::memcpy(pOut, pieces.pieces[c].units, sizeof(CPiece));
+        pOut += pieces.lengths[c];
+        return p + 1;
+    }
+    const bool bPair = IsPair(p, pEnd);
+    const uint32_t nPair = (c - 0xD800) * 0x400 + (UnitAt(p + (bPair ? 1 : 0)) - 0xDC00) + 0x10000;
+    pOut = bPair ? WriteReference(pOut, nPair, 6) : WriteReference(pOut, c, 4);
+    return p + (bPair ? 2 : 1);
+}
+
+size_t LengthOfOne(const wchar_t*& p, const wchar_t* pEnd, const CPieces& pieces)
+{
+    const uint32_t c = UnitAt(p);
+    const bool bPair = IsPair(p, pEnd);
+    p += bPair ? 2 : 1;
+    return c < ASCII_UNITS ? pieces.lengths[c] : bPair ? PAIR_LENGTH : REFERENCE_LENGTH;
+}
+
+size_t LengthOfAscii(const wchar_t* p, const CPieces& pieces)
+{
+    size_t nLength = 0;
+    for (ptrdiff_t i = 0; i < UNITS_IN_BLOCK; ++i)
+        nLength += pieces.lengths[UnitAt(p + i)];
+    return nLength;
+}
+
+/// What escaping the text takes.
+uint64_t EscapedLength(const wchar_t* p, const wchar_t* const pEnd, const CPieces& pieces)
+{
+    uint64_t nTotal = 0;
     while (p != pEnd)
     {
-        const wchar_t* const pRun = p;
-        p = plain.EndOfRun(p, pEnd);
-        output.AddPlain(pRun, static_cast<size_t>(p - pRun));
-        if (p != pEnd)
-            p = AddSpecial(p, pEnd, bQuotes, output);
+        const UnitBlock kind = pEnd - p >= UNITS_IN_BLOCK ? KindOfBlock(p) : UnitBlock::Other;
+        if (kind == UnitBlock::Other)
+        {
+            const wchar_t* const pStop = p + std::min(UNITS_IN_BLOCK, pEnd - p);
+            while (p < pStop)
+                nTotal += LengthOfOne(p, pEnd, pieces);
+            continue;
+        }
+        nTotal += kind == UnitBlock::Plain ? UNITS_IN_BLOCK : LengthOfAscii(p, pieces);
+        p += UNITS_IN_BLOCK;
     }
+    return nTotal;
+}
+
+/// Escapes block by block while there is plenty of text and of room, so that pieces may be copied with the zeros behind
+/// them: what follows overwrites those. @param pOut  moved to the end. @return what was not escaped.
+const wchar_t* EscapeBlocks(const wchar_t* p, const wchar_t* pEnd, const CPieces& pieces, wchar_t*& pOut,
+                            const wchar_t* pOutEnd)
+{
+    constexpr ptrdiff_t FOLLOWING = REFERENCE_LENGTH;
+    constexpr ptrdiff_t ROOM = (UNITS_IN_BLOCK + 1) * REFERENCE_LENGTH + 2 * PIECE_ROOM;
+    while (pEnd - p >= UNITS_IN_BLOCK + FOLLOWING && pOutEnd - pOut >= ROOM)
+    {
+        const wchar_t* const pStop = p + UNITS_IN_BLOCK;
+        if (KindOfBlock(p) == UnitBlock::Plain)
+        {
+            pOut = std::copy(p, pStop, pOut);
+            p = pStop;
+        }
+        while (p < pStop)
+            p = EscapeOne(p, pEnd, pieces, pOut);
+    }
+    return p;
 }
 
 } // namespace
@@ -157,10 +178,25 @@ size_t EscapeXML(const wchar_t* pIn, size_t nIn, wchar_t* pOut, size_t nOut, DWO
 {
     if (pIn == nullptr)
         _com_issue_error(E_FAIL);
-    CEscapeOutput output(pOut, nOut);
-    AddText(pIn, nIn, (dwFlags & ESCAPE_ATTRIBUTE) != 0, output);
-    const size_t nTotal = static_cast<size_t>(output.Total());
-    if (nTotal != output.Total())
-        throw std::bad_alloc(); // more than the address space holds
-    return pOut == nullptr || output.IsWhole() ? nTotal : 0;
+    const CPieces& pieces = (dwFlags & ESCAPE_ATTRIBUTE) != 0 ? s_withQuotes : s_withoutQuotes;
+    const wchar_t* const pEnd = pIn + nIn;
+    if (pOut == nullptr)
+    {
+        const uint64_t nTotal = EscapedLength(pIn, pEnd, pieces);
+        if (nTotal > static_cast<size_t>(-1))
+            throw std::bad_alloc(); // more than the address space holds
+        return static_cast<size_t>(nTotal);
+    }
+    wchar_t* pTo = pOut;
+    const wchar_t* p = EscapeBlocks(pIn, pEnd, pieces, pTo, pOut + nOut);
+    while (p != pEnd)
+    {
+        wchar_t piece[PIECE_ROOM];
+        wchar_t* pPieceEnd = piece;
+        p = EscapeOne(p, pEnd, pieces, pPieceEnd);
+        if (pPieceEnd - piece > pOut + nOut - pTo)
+            return 0;
+        pTo = std::copy(piece, pPieceEnd, pTo);
+    }
+    return static_cast<size_t>(pTo - pOut);
 }

@@ -1,10 +1,12 @@
-// The tree that COvXmlWriter builds and renders.
+// The document that COvXmlWriter builds and renders.
 #pragma once
 
 #include "OvPlatform.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,55 +24,39 @@ enum COvXmlWriterNodeType : int32_t
     typeStr = 7        ///< strings: text
 };
 
-/// A text in the tree's memory, not terminated.
-struct COvXmlWriterText
-{
-    const wchar_t* pText; ///< null: the node does not hold this string
-    size_t nLength;       ///< in UTF-16 units
-};
-
-struct COvXmlWriterNode;
-
-/// Nodes in the order in which they were added; linked through pNext.
-struct COvXmlWriterList
-{
-    COvXmlWriterNode* pFirst;
-    COvXmlWriterNode* pLast;
-};
-
-/// One node. It lives in the memory of its tree and owns nothing.
+/// A node that can be open: the document or an element. The others leave nothing but their text.
 struct COvXmlWriterNode
 {
-    static constexpr DWORD FLAG_ESCAPE = 1; ///< the value string is escaped when it is rendered
-
     COvXmlWriterNodeType nType;
-    DWORD dwFlags;
     COvXmlWriterNode* pParent; ///< null for the document
-    COvXmlWriterNode* pNext;
-    COvXmlWriterText strings[2];
-    size_t nValueLength;         ///< of the value string as it is rendered, in UTF-16 units
-    COvXmlWriterList attributes; ///< attributes and namespaces, which stand in the start tag
-    COvXmlWriterList children;   ///< all others
+    const wchar_t* pName;      ///< with the prefix, in the document's memory; not terminated
+    size_t nNameLength;        ///< in UTF-16 units
+    bool bInStartTag;          ///< the start tag lacks its end, so that attributes can follow
+    uint64_t nStartTagEnd;     ///< what stands before that end, in UTF-16 units, once it is there
 };
 
-/// A document node with all nodes below it, in a few blocks of memory that are freed together.
+/// A document with all nodes in it, kept as the text that it is rendered to. The text is written once, in the order of
+/// the nodes, into a few blocks of memory; what belongs into a start tag that has been ended is kept beside it.
 /// One thread at a time.
 class COvXmlWriterTree
 {
 public:
     /// An empty document.
-    COvXmlWriterTree();
+    COvXmlWriterTree() = default;
 
     COvXmlWriterTree(const COvXmlWriterTree&) = delete;
     COvXmlWriterTree& operator=(const COvXmlWriterTree&) = delete;
     ~COvXmlWriterTree() = default;
 
     /// The document node.
-    COvXmlWriterNode* Document() { return m_pDocument; }
+    COvXmlWriterNode* Document() { return &m_document; }
 
     /// Adds a node behind the parent's others and copies its strings.
+    /// @param pParent   the document or an element that is still open. What was opened in it is closed by this.
     /// @param sz0, sz1  the strings that the node's type asks for; null for one that it does not hold.
-    /// @return the node, the tree's. Raises std::bad_alloc; the tree is then as it was.
+    /// @param bEscape   the value, which is the last string, is escaped.
+    /// @return the node, the tree's, of an element, valid until it is closed; null of any other node.
+    /// Raises std::bad_alloc; the document is then as it was.
     COvXmlWriterNode* Append(COvXmlWriterNode* pParent, COvXmlWriterNodeType nType, const wchar_t* sz0,
                              const wchar_t* sz1, bool bEscape);
 
@@ -78,15 +64,24 @@ public:
     std::wstring Render() const;
 
 private:
-    COvXmlWriterNode* NewNode(COvXmlWriterNodeType nType);
-    COvXmlWriterText CopyText(const wchar_t* sz);
-    void* Allocate(size_t nBytes);
-    std::byte* NewBlock(size_t nBytes);
+    struct CBlock
+    {
+        std::unique_ptr<wchar_t[]> pUnits;
+        size_t nUsed;
+    };
 
-    std::vector<std::unique_ptr<std::byte[]>> m_blocks;
-    std::byte* m_pFree = nullptr; // what is left of the block in use
-    size_t m_nFree = 0;
-    size_t m_nBlock = 0; // size of the block in use
-    COvXmlWriterNode* m_pDocument = nullptr;
-    uint64_t m_nRendered = 0; // the length of the whole rendering
+    COvXmlWriterNode& Last() { return m_elements.empty() ? m_document : m_elements.back(); }
+    COvXmlWriterNode* AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName, const wchar_t* szPrefix);
+    void EndElementsIn(const COvXmlWriterNode* pParent);
+    wchar_t* EndStartTag(wchar_t* p, COvXmlWriterNode& node) const;
+    wchar_t* Room(uint64_t nUnits);
+    void Wrote(const wchar_t* pEnd);
+    uint64_t RenderedLength() const;
+
+    std::vector<CBlock> m_blocks;                           // the last one is in use
+    size_t m_nBlockSize = 0;                                // of the block in use
+    uint64_t m_nLength = 0;                                 // of the text in all blocks
+    std::multimap<uint64_t, std::wstring> m_lateAttributes; // by the place in the text before which they stand
+    COvXmlWriterNode m_document{};
+    std::deque<COvXmlWriterNode> m_elements; // those without an end tag as yet, from the outermost on
 };

@@ -7,12 +7,16 @@ namespace
 {
 
 thread_local unsigned s_nLeft = 0; // allocations up to the failing one, itself included; 0: none fails
+thread_local bool s_bOnwards = false;
+thread_local bool s_bReached = false;
 
 } // namespace
 
-CFailingNew::CFailingNew(unsigned nFail)
+CFailingNew::CFailingNew(unsigned nFail, bool bOnwards)
 {
     s_nLeft = nFail;
+    s_bOnwards = bOnwards;
+    s_bReached = false;
 }
 
 CFailingNew::~CFailingNew()
@@ -22,13 +26,17 @@ CFailingNew::~CFailingNew()
 
 bool CFailingNew::Reached() const
 {
-    return s_nLeft == 0;
+    return s_bReached;
 }
 
 void* operator new(std::size_t nSize)
 {
     if (s_nLeft != 0 && --s_nLeft == 0)
+    {
+        s_bReached = true;
+        s_nLeft = s_bOnwards ? 1 : 0;
         throw std::bad_alloc();
+    }
     if (void* const p = std::malloc(nSize != 0 ? nSize : 1))
         return p;
     throw std::bad_alloc();

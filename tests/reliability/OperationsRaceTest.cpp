@@ -1,0 +1,133 @@
+// Eight threads of a host in the adapter at once, while the service comes and goes.
+#include "FaultyRun.h"
+#include "MainJob.h"
+#include "ScratchRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+namespace
+{
+
+/// Told from several threads; keeps nothing.
+class CCountingCallbacks final : public IStateObserver, public IStatusReceiver, public IConfigurationReceiver
+{
+public:
+    void OnStateChange(int32_t, const char* status) override { Count(status); }
+    void OnStatus(const char* status) override { Count(status); }
+    void OnConfiguration(const char* configuration) override { m_bWrong = m_bWrong || *configuration != '\0'; }
+
+    bool WasWrong() const { return m_bWrong; }
+
+private:
+    void Count(const char* status)
+    {
+        const std::string_view text = status;
+        m_bWrong = m_bWrong || text.size() < 9 || text.substr(text.size() - 9) != "</status>";
+    }
+
+    std::atomic<bool> m_bWrong = false;
+};
+
+using Operation = void (*)(IAdapter&, CCountingCallbacks&);
+
+std::mutex s_configuring; // the host hands in one policy at a time
+
+/// All thirteen. An observer that is registered once more than it is removed is removed when its thread ends.
+const Operation s_operations[] = {
+    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.GetStatus(&callbacks); },
+    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.RegisterStateObserver(&callbacks); },
+    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.DeRegisterStateObserver(&callbacks); },
+    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.DeRegisterStateObserver(&callbacks); },
+    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.GetConfiguration(&callbacks); },
+    [](IAdapter& adapter, CCountingCallbacks&) {
+        const std::lock_guard<std::mutex> guard(s_configuring);
+        adapter.SetConfiguration(SamplePolicy());
+    },
+    [](IAdapter& adapter, CCountingCallbacks&) {
+        const std::lock_guard<std::mutex> guard(s_configuring);
+        adapter.SetConfiguration("<config/>");
+    },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.RegisterEventObserver(nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DeRegisterEventObserver(nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.RegisterConfigStateObserver(nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DeRegisterConfigStateObserver(nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DoAction(nullptr, nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.RegisterActionOutcomeObserver(nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DeRegisterActionOutcomeObserver(nullptr); },
+    [](IAdapter& adapter, CCountingCallbacks&) { adapter.SetFeature(nullptr); },
+};
+
+constexpr unsigned THREADS = 8;
+
+/// One thread's share of the operations, in an order of its own.
+bool Operate(CMainJob& job, unsigned nSeed, unsigned nOperations)
+{
+    const CComApartment apartment;
+    CCountingCallbacks callbacks;
+    unsigned nRegistered = 0;
+    std::mt19937 random(nSeed);
+    for (unsigned n = 0; n < nOperations; ++n)
+    {
+        const unsigned nOperation = static_cast<unsigned>(random() % std::size(s_operations));
+        nRegistered += nOperation == 1 ? 1 : 0;
+        s_operations[nOperation](job.Adapter(), callbacks);
+        if (n % 256 == 0)
+            job.ForgetTrace();
+    }
+    for (; nRegistered != 0; --nRegistered)
+        job.Adapter().DeRegisterStateObserver(&callbacks);
+    return !callbacks.WasWrong();
+}
+
+} // namespace
+
+namespace
+{
+
+/// @param nEvery  every so many calls of the platform one fails; 0: none.
+void Race(unsigned nEvery)
+{
+    const unsigned nOperations = SampleStep() == 1 ? 10'000'000 : 40'000;
+    const CScratchRegistry registry;
+    StoreRevision(OLD_REVISION);
+    CMainJob job;
+    ASSERT_TRUE(job.Start());
+    CCallFailure failure;
+    failure.bOtherThreads = true;
+    failure.nEvery = nEvery;
+    ArmFailure(failure);
+    std::atomic<unsigned> nRight = 0;
+    std::atomic<unsigned> nRunning = THREADS;
+    std::vector<std::thread> threads;
+    for (unsigned n = 0; n < THREADS; ++n)
+        threads.emplace_back([&, n] {
+            nRight += Operate(job, n, nOperations / THREADS) ? 1u : 0u;
+            --nRunning;
+        });
+    while (nRunning != 0)
+        job.LetServiceGoAndCome();
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(nEvery == 0, DisarmFailure().empty());
+    EXPECT_TRUE(nRight == THREADS || nEvery != 0);
+    const auto wzRevId = StoredRevision();
+    EXPECT_TRUE(wzRevId == OLD_REVISION || wzRevId == NEW_REVISION);
+    job.Stop();
+    ::SetErrorInfo(0, nullptr);
+}
+
+} // namespace
+
+TEST(OperationsRace, EightThreadsWhileTheServiceComesAndGoes)
+{
+    Race(0);
+}
+
+TEST(OperationsRace, EightThreadsWhileCallsFail)
+{
+    Race(97);
+}
