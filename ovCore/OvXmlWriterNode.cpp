@@ -1,19 +1,19 @@
 #include "OvXmlWriterNode.h"
 
 #include "OvXmlEscape.h"
+#include "OvXmlPieces.h"
 
 #include <algorithm>
-#include <cwchar>
+#include <cstring>
 #include <new>
 #include <string_view>
 
 namespace
 {
 
-constexpr size_t MIN_BLOCK = 2 * 1024; // units
-constexpr size_t MAX_BLOCK = 64 * 1024;
-constexpr size_t SHORT_VALUE = 64; // units; of a longer one the escaped length is found out before room is made
-constexpr size_t MAX_ESCAPED = 8;  // units that one unit can become
+constexpr size_t MAX_BLOCK = 64 * 1024; // units
+constexpr size_t SHORT_VALUE = 64;      // units; of a longer one the escaped length is found out before room is made
+constexpr size_t MAX_ESCAPED = REFERENCE_LENGTH; // units that one unit can become
 
 bool StandsInStartTag(COvXmlWriterNodeType nType)
 {
@@ -50,6 +50,40 @@ std::wstring_view ViewOf(const wchar_t* sz)
     return sz != nullptr ? std::wstring_view(sz) : std::wstring_view();
 }
 
+/// Copies a text. Most are short, and a call for each would cost more than the copy. @return the end.
+inline wchar_t* Put(wchar_t* p, std::wstring_view text)
+{
+    constexpr size_t STEP = 4;
+    constexpr size_t SHORT_TEXT = 32;
+    const size_t n = text.size();
+    const wchar_t* const pText = text.data();
+    if (n > SHORT_TEXT)
+        return std::copy_n(pText, n, p);
+    if (n < STEP)
+    {
+        for (size_t i = 0; i < n; ++i)
+            p[i] = pText[i];
+        return p + n;
+    }
+    for (size_t i = 0; i < n - STEP; i += STEP)
+        std::memcpy(p + i, pText + i, STEP * sizeof(wchar_t));
+    std::memcpy(p + n - STEP, pText + n - STEP, STEP * sizeof(wchar_t));
+    return p + n;
+}
+
+/// Copies a text of at most one block when there is nothing in it to escape. @param p  has room for a block.
+/// @return the end; null when it must be escaped.
+inline wchar_t* PutIfClean(wchar_t* p, std::wstring_view text)
+{
+    static constexpr std::wstring_view BLANKS = L"                ";
+    static_assert(BLANKS.size() == UNITS_IN_BLOCK);
+    if (text.size() > BLANKS.size())
+        return nullptr;
+    std::memcpy(p, BLANKS.data(), BLANKS.size() * sizeof(wchar_t));
+    wchar_t* const pEnd = Put(p, text);
+    return BlockLength(p, PIECES_WITH_QUOTES) == UNITS_IN_BLOCK ? pEnd : nullptr;
+}
+
 /// A value, as it will be rendered.
 class CValue
 {
@@ -58,7 +92,7 @@ public:
     {
         const bool bFindOut = bEscape && text.size() > SHORT_VALUE;
         m_nMost = bFindOut  ? EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE)
-                  : bEscape ? text.size() * MAX_ESCAPED
+                  : bEscape ? std::max<size_t>(text.size() * MAX_ESCAPED, UNITS_IN_BLOCK)
                             : text.size();
     }
 
@@ -69,8 +103,9 @@ public:
     wchar_t* Write(wchar_t* p) const
     {
         if (!m_bEscape)
-            return std::copy(m_text.begin(), m_text.end(), p);
-        return p + EscapeXML(m_text.data(), m_text.size(), p, m_nMost, ESCAPE_ATTRIBUTE);
+            return Put(p, m_text);
+        wchar_t* const pEnd = PutIfClean(p, m_text);
+        return pEnd != nullptr ? pEnd : p + EscapeXML(m_text.data(), m_text.size(), p, m_nMost, ESCAPE_ATTRIBUTE);
     }
 
 private:
@@ -78,11 +113,6 @@ private:
     bool m_bEscape;
     size_t m_nMost;
 };
-
-wchar_t* Put(wchar_t* p, std::wstring_view text)
-{
-    return std::copy(text.begin(), text.end(), p);
-}
 
 /// A node other than the document and elements: its text and the room that it takes.
 class CPlainNode
@@ -160,7 +190,7 @@ COvXmlWriterNode* COvXmlWriterTree::Append(COvXmlWriterNode* pParent, COvXmlWrit
     wchar_t* p = Room(START_TAG_END.size() + node.Most());
     if (!bAttribute)
         p = EndStartTag(p, *pParent);
-    Wrote(node.Write(p));
+    m_pEnd = node.Write(p);
     return nullptr;
 }
 
@@ -170,7 +200,7 @@ COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, con
     const std::wstring_view name = ViewOf(szName);
     const std::wstring_view prefix = ViewOf(szPrefix);
     wchar_t* p = Room(uint64_t(3) + prefix.size() + name.size()); // and the parent's ">", "<" and ":"
-    COvXmlWriterNode& node = m_elements.emplace_back();
+    COvXmlWriterNode& node = SpareElement();
     p = EndStartTag(p, *pParent);
     *p++ = L'<';
     const wchar_t* const pName = p;
@@ -178,14 +208,35 @@ COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, con
         p = Put(Put(p, prefix), L":");
     p = Put(p, name);
     node = { typeElemStart, pParent, pName, static_cast<size_t>(p - pName), true, 0 };
-    Wrote(p);
+    m_pLast = &node;
+    m_pEnd = p;
     return &node;
+}
+
+/// An element's node to be filled. When that fails nothing is changed.
+COvXmlWriterNode& COvXmlWriterTree::SpareElement()
+{
+    if (m_pSpare != nullptr)
+    {
+        COvXmlWriterNode& node = *m_pSpare;
+        m_pSpare = node.pParent;
+        return node;
+    }
+    if (m_nFirstElements < FIRST_ELEMENTS)
+        return m_firstElements[m_nFirstElements++];
+    return *m_moreElements.emplace_back(std::make_unique<COvXmlWriterNode>());
 }
 
 void COvXmlWriterTree::EndElementsIn(const COvXmlWriterNode* pParent)
 {
-    for (; &Last() != pParent; m_elements.pop_back())
-        Wrote(PutEnd(Room(EndLength(Last())), Last()));
+    while (m_pLast != pParent)
+    {
+        m_pEnd = PutEnd(Room(EndLength(*m_pLast)), *m_pLast);
+        COvXmlWriterNode* const pEnded = m_pLast;
+        m_pLast = pEnded->pParent;
+        pEnded->pParent = m_pSpare;
+        m_pSpare = pEnded;
+    }
 }
 
 wchar_t* COvXmlWriterTree::EndStartTag(wchar_t* p, COvXmlWriterNode& node) const
@@ -193,7 +244,7 @@ wchar_t* COvXmlWriterTree::EndStartTag(wchar_t* p, COvXmlWriterNode& node) const
     if (!node.bInStartTag)
         return p;
     node.bInStartTag = false;
-    node.nStartTagEnd = m_nLength; // p is the end of the text
+    node.nStartTagEnd = m_nFull + static_cast<size_t>(p - m_pBlock);
     return Put(p, START_TAG_END);
 }
 
@@ -206,52 +257,55 @@ std::wstring COvXmlWriterTree::Render() const
     result.reserve(static_cast<size_t>(nLength));
     auto late = m_lateAttributes.begin();
     uint64_t nPlace = 0; // in the text, of the block's first unit
-    for (const CBlock& block : m_blocks)
-    {
+    const auto addBlock = [&](const wchar_t* pUnits, size_t nUsed) {
         size_t nDone = 0;
-        for (; late != m_lateAttributes.end() && late->first < nPlace + block.nUsed; ++late)
+        for (; late != m_lateAttributes.end() && late->first < nPlace + nUsed; ++late)
         {
             const size_t nUpTo = static_cast<size_t>(late->first - nPlace);
-            result.append(block.pUnits.get() + nDone, nUpTo - nDone).append(late->second);
+            result.append(pUnits + nDone, nUpTo - nDone).append(late->second);
             nDone = nUpTo;
         }
-        result.append(block.pUnits.get() + nDone, block.nUsed - nDone);
-        nPlace += block.nUsed;
-    }
-    for (auto it = m_elements.rbegin(); it != m_elements.rend(); ++it)
-        result.append(it->bInStartTag ? L"></" : L"</").append(NameOf(*it)).append(START_TAG_END);
+        result.append(pUnits + nDone, nUsed - nDone);
+        nPlace += nUsed;
+    };
+    if (!m_blocks.empty())
+        addBlock(m_first.data(), m_nFirstUsed);
+    for (size_t i = 0; i + 1 < m_blocks.size(); ++i)
+        addBlock(m_blocks[i].pUnits.get(), m_blocks[i].nUsed);
+    addBlock(m_pBlock, static_cast<size_t>(m_pEnd - m_pBlock));
+    for (const COvXmlWriterNode* p = m_pLast; p->pParent != nullptr; p = p->pParent)
+        result.append(p->bInStartTag ? L"></" : L"</").append(NameOf(*p)).append(START_TAG_END);
     return result;
 }
 
 uint64_t COvXmlWriterTree::RenderedLength() const
 {
-    uint64_t nLength = m_nLength;
+    uint64_t nLength = m_nFull + static_cast<size_t>(m_pEnd - m_pBlock);
     for (const auto& late : m_lateAttributes)
         nLength += late.second.size();
-    for (const COvXmlWriterNode& node : m_elements)
-        nLength += EndLength(node);
+    for (const COvXmlWriterNode* p = m_pLast; p->pParent != nullptr; p = p->pParent)
+        nLength += EndLength(*p);
     return nLength;
 }
 
-/// Room in one piece at the end of the text. It counts for nothing until something is written there.
+/// Room in one piece at the end of the text. It counts for nothing until m_pEnd is moved.
 wchar_t* COvXmlWriterTree::Room(uint64_t nUnits)
 {
-    if (m_blocks.empty() || nUnits > m_nBlockSize - m_blocks.back().nUsed)
-    {
-        const uint64_t nSize = std::max<uint64_t>(nUnits, std::clamp(m_nBlockSize * 2, MIN_BLOCK, MAX_BLOCK));
-        if (nSize > static_cast<size_t>(-1) / sizeof(wchar_t))
-            throw std::bad_alloc();
-        std::unique_ptr<wchar_t[]> pUnits(new wchar_t[static_cast<size_t>(nSize)]);
-        m_blocks.push_back({ std::move(pUnits), 0 });
-        m_nBlockSize = static_cast<size_t>(nSize);
-    }
-    return m_blocks.back().pUnits.get() + m_blocks.back().nUsed;
+    if (nUnits > m_nBlockSize - static_cast<size_t>(m_pEnd - m_pBlock))
+        AddBlock(nUnits);
+    return m_pEnd;
 }
 
-void COvXmlWriterTree::Wrote(const wchar_t* pEnd)
+void COvXmlWriterTree::AddBlock(uint64_t nUnits)
 {
-    CBlock& block = m_blocks.back();
-    const size_t nUsed = static_cast<size_t>(pEnd - block.pUnits.get());
-    m_nLength += nUsed - block.nUsed;
-    block.nUsed = nUsed;
+    const uint64_t nSize = std::max<uint64_t>(nUnits, std::clamp(m_nBlockSize * 2, FIRST_BLOCK, MAX_BLOCK));
+    if (nSize > static_cast<size_t>(-1) / sizeof(wchar_t))
+        throw std::bad_alloc();
+    std::unique_ptr<wchar_t[]> pUnits(new wchar_t[static_cast<size_t>(nSize)]);
+    m_blocks.push_back({ std::move(pUnits), 0 });
+    const size_t nUsed = static_cast<size_t>(m_pEnd - m_pBlock);
+    (m_blocks.size() == 1 ? m_nFirstUsed : m_blocks[m_blocks.size() - 2].nUsed) = nUsed;
+    m_nFull += nUsed;
+    m_pBlock = m_pEnd = m_blocks.back().pUnits.get();
+    m_nBlockSize = static_cast<size_t>(nSize);
 }

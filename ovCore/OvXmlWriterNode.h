@@ -3,9 +3,9 @@
 
 #include "OvPlatform.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <memory>
 #include <string>
@@ -42,7 +42,7 @@ class COvXmlWriterTree
 {
 public:
     /// An empty document.
-    COvXmlWriterTree() = default;
+    COvXmlWriterTree() {} // leaves the memory for nodes and text as it is
 
     COvXmlWriterTree(const COvXmlWriterTree&) = delete;
     COvXmlWriterTree& operator=(const COvXmlWriterTree&) = delete;
@@ -67,21 +67,32 @@ private:
     struct CBlock
     {
         std::unique_ptr<wchar_t[]> pUnits;
-        size_t nUsed;
+        size_t nUsed; // once it is full
     };
 
-    COvXmlWriterNode& Last() { return m_elements.empty() ? m_document : m_elements.back(); }
+    static constexpr size_t FIRST_BLOCK = 1024; // units: a short document, and the depth of most, takes no memory
+    static constexpr size_t FIRST_ELEMENTS = 8; // but the tree's own
+
     COvXmlWriterNode* AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName, const wchar_t* szPrefix);
+    COvXmlWriterNode& SpareElement();
     void EndElementsIn(const COvXmlWriterNode* pParent);
     wchar_t* EndStartTag(wchar_t* p, COvXmlWriterNode& node) const;
     wchar_t* Room(uint64_t nUnits);
-    void Wrote(const wchar_t* pEnd);
+    void AddBlock(uint64_t nUnits);
     uint64_t RenderedLength() const;
 
-    std::vector<CBlock> m_blocks;                           // the last one is in use
-    size_t m_nBlockSize = 0;                                // of the block in use
-    uint64_t m_nLength = 0;                                 // of the text in all blocks
+    std::vector<CBlock> m_blocks;       // those after the first one
+    size_t m_nFirstUsed = 0;            // of the first block, once it is full
+    wchar_t* m_pBlock = m_first.data(); // the block in use
+    wchar_t* m_pEnd = m_first.data();   // of the text in it
+    size_t m_nBlockSize = FIRST_BLOCK;
+    uint64_t m_nFull = 0;                                   // the length of the text in the full blocks
     std::multimap<uint64_t, std::wstring> m_lateAttributes; // by the place in the text before which they stand
     COvXmlWriterNode m_document{};
-    std::deque<COvXmlWriterNode> m_elements; // those without an end tag as yet, from the outermost on
+    COvXmlWriterNode* m_pLast = &m_document; // the innermost of those without an end tag as yet
+    COvXmlWriterNode* m_pSpare = nullptr;    // the elements that have one, linked by their parents, to be used again
+    size_t m_nFirstElements = 0;             // of m_firstElements, those that have been used
+    std::vector<std::unique_ptr<COvXmlWriterNode>> m_moreElements;
+    std::array<COvXmlWriterNode, FIRST_ELEMENTS> m_firstElements;
+    std::array<wchar_t, FIRST_BLOCK> m_first;
 };
