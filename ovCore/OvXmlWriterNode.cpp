@@ -71,29 +71,31 @@ inline wchar_t* Put(wchar_t* p, std::wstring_view text)
     return p + n;
 }
 
-/// Copies a text of at most one block when there is nothing in it to escape. @param p  has room for a block.
+/// Copies a text if there is nothing in it to escape. @param p  has room for the text and a block more.
 /// @return the end; null when it must be escaped.
 inline wchar_t* PutIfClean(wchar_t* p, std::wstring_view text)
 {
     static constexpr std::wstring_view BLANKS = L"                ";
     static_assert(BLANKS.size() == UNITS_IN_BLOCK);
-    if (text.size() > BLANKS.size())
-        return nullptr;
-    std::memcpy(p, BLANKS.data(), BLANKS.size() * sizeof(wchar_t));
     wchar_t* const pEnd = Put(p, text);
-    return BlockLength(p, PIECES_WITH_QUOTES) == UNITS_IN_BLOCK ? pEnd : nullptr;
+    std::memcpy(pEnd, BLANKS.data(), BLANKS.size() * sizeof(wchar_t)); // so that the last block is a whole one
+    for (; p < pEnd; p += UNITS_IN_BLOCK)
+        if (BlockLength(p, PIECES_WITH_QUOTES) != UNITS_IN_BLOCK)
+            return nullptr;
+    return pEnd;
 }
 
 /// A value, as it will be rendered.
 class CValue
 {
 public:
-    CValue(std::wstring_view text, bool bEscape) : m_text(text), m_bEscape(bEscape)
+    CValue(std::wstring_view text, bool bEscape) : m_text(text), m_bEscape(bEscape), m_nMost(text.size())
     {
-        const bool bFindOut = bEscape && text.size() > SHORT_VALUE;
-        m_nMost = bFindOut  ? EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE)
-                  : bEscape ? std::max<size_t>(text.size() * MAX_ESCAPED, UNITS_IN_BLOCK)
-                            : text.size();
+        m_bShort = text.size() <= SHORT_VALUE;
+        if (bEscape && m_bShort)
+            m_nMost = std::max<size_t>(text.size() * MAX_ESCAPED, text.size() + UNITS_IN_BLOCK);
+        else if (bEscape)
+            m_nMost = EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
     }
 
     /// The units that it takes at most.
@@ -104,13 +106,14 @@ public:
     {
         if (!m_bEscape)
             return Put(p, m_text);
-        wchar_t* const pEnd = PutIfClean(p, m_text);
+        wchar_t* const pEnd = m_bShort ? PutIfClean(p, m_text) : nullptr;
         return pEnd != nullptr ? pEnd : p + EscapeXML(m_text.data(), m_text.size(), p, m_nMost, ESCAPE_ATTRIBUTE);
     }
 
 private:
     std::wstring_view m_text;
     bool m_bEscape;
+    bool m_bShort;
     size_t m_nMost;
 };
 
