@@ -42,7 +42,7 @@ threads: setup-native  ## eight threads in the adapter, under the thread sanitiz
 
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
-	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace)'
+	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|Soak)'
 
 bench: setup-bench  ## the library beside its peers; renews the tables of docs/performance.md (half an hour, one core)
 	@$(call build,bench,bench)
@@ -55,15 +55,7 @@ bench: setup-bench  ## the library beside its peers; renews the tables of docs/p
 format: setup-format  ## formats every source
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
 
-check-threads: setup-native  ## eight threads in the adapter, under the thread sanitizer
-	@$(call build,threads,OperationsRaceTest)
-	@ctest --preset threads -R '^OperationsRace'
-
-reliability: setup-native  ## the long form of the reliability tests
-	@$(call build,native)
-	@OV_LONG=1 ctest --preset native -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace)'
-
-format: setup-format  ## fails when a source is not formatted
+check-format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root

@@ -62,7 +62,8 @@ public:
         WriteAttrW(name.c_str(), value, bEscape);
     }
 
-    /// As WriteAttrW, with what a wide stream makes of the value: numbers in plain decimal, whatever the locale.
+    /// As WriteAttrW, with what a wide stream makes of the value: numbers in plain decimal, whatever the locale. Lets
+    /// out what the value's operator<< throws.
     template <class T>
     void WriteAttr(const std::wstring& name, const T& value, bool bEscape)
     {
@@ -109,6 +110,7 @@ private:
         {
             std::wostringstream stream;
             stream.imbue(std::locale::classic());
+            stream.exceptions(std::ios_base::badbit); // a stream without memory would drop the value silently
             stream << value;
             return stream.str();
         }

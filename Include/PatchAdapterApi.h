@@ -96,7 +96,8 @@ public:
     virtual bool GetConfiguration(IConfigurationReceiver* receiver) = 0;
 
     /// Takes a policy document: checks it, pushes its settings to the patch service, records its revision and tells
-    /// every observer. One call at a time. A refused document changes nothing outside. Null counts as an empty text.
+    /// every observer. One call at a time. A document that is refused, or that the service does not take, changes
+    /// nothing outside; but once its revision has been read, status documents show it. Null counts as an empty text.
     virtual void SetConfiguration(const char* configuration) = 0;
 
     // Not implemented: each writes one line to the log and looks at no argument.
@@ -129,10 +130,11 @@ public:
     /// @param value1, value2, value4  values of the host that are not looked at.
     /// @param sink  the host's log; may be null, then nothing is written.
     /// @return the adapter, which this factory owns; the same one when it had made it before; null when another factory
-    ///         has made one or it could not be made.
+    ///         has made one or it could not be made; after that it may be tried again.
     virtual IAdapter* Initialise(void* value1, void* value2, ILogSink* sink, void* value4) = 0;
 
-    /// Destroys the adapter that this factory made. Waits for the monitor thread: up to about ten seconds.
+    /// Destroys the adapter that this factory made. Waits for the monitor thread: up to about ten seconds. Any other
+    /// pointer is reported to the log and changes nothing.
     virtual void Uninitialise(IAdapter* adapter) = 0;
 
 #if PATCHADAPTER_DESTRUCTOR_SLOT
@@ -158,8 +160,13 @@ inline void DeleteAdapterFactory(IAdapterFactory* factory)
 #endif
 }
 
-/// The exported functions, undecorated; ordinals 1 and 2 on Windows.
+// The exported functions, undecorated; ordinals 1 and 2 on Windows.
+
+/// Makes a factory, another one with each call. One thread at a time. Without memory for it std::bad_alloc leaves,
+/// which only a host of the library's own compiler can catch.
 typedef IAdapterFactory*(PATCHADAPTER_CDECL* GetAdapterFactory1_0Function)();
+
+/// Stores the plug-in interface version; nothing when either pointer is null. Any thread.
 typedef void(PATCHADAPTER_CDECL* GetAdapterVersionFunction)(uint32_t* major, uint32_t* minor);
 
 #define PATCHADAPTER_GET_FACTORY_NAME "GetAdapterFactory1_0"

@@ -30,7 +30,9 @@ enum PatchApiStateId : LONG
     StateServerKeyStatus = 11    ///< get: VT_BOOL
 };
 
-/// The service's interface: two operations after the seven slots of IDispatch, which are not called.
+/// The service's interface: two operations after the seven slots of IDispatch, which are not called. Each is called on
+/// the thread that created the object. One that fails may leave a COM error object on that thread, which is then
+/// described.
 struct ITrevokPatchApi : public IDispatch
 {
     /// @param value  passed by value; stays the caller's.

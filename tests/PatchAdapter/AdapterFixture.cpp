@@ -1,9 +1,6 @@
 #include "AdapterFixture.h"
 
-#include "Masking.h"
 #include "PatchAdapter/PatchAdapterFactory.h"
-
-const char VERSION_TEXT[] = OV_PROJECT_VERSION;
 
 CAdapterTest::CAdapterTest()
 {
@@ -19,46 +16,27 @@ CAdapterTest::~CAdapterTest()
 void CAdapterTest::StartAdapter()
 {
     StopAdapter();
+    m_sink.Clear();
     m_pAdapter.reset(new CPatchAdapter(&m_sink));
 }
 
 void CAdapterTest::StartWithService()
 {
-    m_sink.Clear();
     ASSERT_TRUE(m_agent.Start());
     StartAdapter();
-    ASSERT_TRUE(m_sink.WaitForLines("Exiting Function: CMonitorThread::NotifyObservers"));
+    ASSERT_TRUE(m_sink.WaitForText("Exiting Function: CMonitorThread::NotifyObservers"));
 }
 
-std::string CAdapterTest::Configure(const std::string& document)
+std::string PolicyConfiguring(const std::string& configuration)
 {
-    return m_sink.TranscriptOf([&] { Adapter().SetConfiguration(document.c_str()); });
-}
-
-std::string CAdapterTest::Status()
-{
-    CRecordingStatusReceiver receiver;
-    EXPECT_TRUE(Adapter().GetStatus(&receiver));
-    EXPECT_LE(receiver.Count(), 1u);
-    return Masked(receiver.Last());
-}
-
-std::string PolicyWith(const std::string& children, const std::string& mainNode)
-{
-    const std::string name = mainNode.substr(0, mainNode.find(' '));
-    return "<?xml version=\"1.0\"?><" + mainNode + ">" + children + "</" + name + ">";
-}
-
-std::string PolicyConfiguring(const std::string& configuration, const std::string& revision)
-{
-    return PolicyWith("<Comp RevID=\"" + revision + "\" policyType=\"20\"/><groupRef name=\"all\"/><configuration>" +
-                      configuration + "</configuration>");
+    return "<?xml version=\"1.0\"?><policy type=\"patch\"><Comp RevID=\"rev-1\" policyType=\"20\"/><configuration>" +
+           configuration + "</configuration></policy>";
 }
 
 std::string StatusBuildLines()
 {
-    const std::string version = std::string("4 Entering Function: CPatchAdapter::GetBinaryVersion\n3 version: ") +
-                                VERSION_TEXT + "\n4 Exiting Function: CPatchAdapter::GetBinaryVersion\n";
+    const std::string version = "4 Entering Function: CPatchAdapter::GetBinaryVersion\n3 version: " OV_PROJECT_VERSION
+                                "\n4 Exiting Function: CPatchAdapter::GetBinaryVersion\n";
     return "2 Info Msg: Creating Status XML\n" + version + version;
 }
 

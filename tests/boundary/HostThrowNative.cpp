@@ -1,4 +1,4 @@
-#include "Host.h"
+#include "HostThrow.h"
 
 void ThrowAsHost()
 {

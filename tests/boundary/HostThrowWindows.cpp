@@ -1,4 +1,6 @@
-#include "Host.h"
+#include "HostThrow.h"
+
+#include "OvPlatform.h"
 
 #include <cstdlib>
 

@@ -28,14 +28,3 @@ private:
 
 /// The library's file, beside the test program.
 std::wstring LibraryPath();
-
-/// While it lives, the loaded library sleeps for a thousandth of the time: its ten-second pauses take ten milliseconds.
-/// To be made before the adapter whose pauses it shortens, and destroyed after it.
-class CFastPauses
-{
-public:
-    explicit CFastPauses(const CLoadedLibrary& library);
-    ~CFastPauses();
-    CFastPauses(const CFastPauses&) = delete;
-    CFastPauses& operator=(const CFastPauses&) = delete;
-};

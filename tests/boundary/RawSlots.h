@@ -31,5 +31,6 @@ enum : unsigned
     SlotDoAction,
     SlotRegisterActionOutcomeObserver,
     SlotDeRegisterActionOutcomeObserver,
-    SlotSetFeature
+    SlotSetFeature,
+    SlotAdapterDestructor
 };

@@ -1,5 +1,6 @@
 // The interfaces as a host of another compiler sees them: tables of functions, called by their place in the table.
 #include "RawSlots.h"
+#include "FastPauses.h"
 #include "LoadedLibrary.h"
 
 #include <gtest/gtest.h>
@@ -82,7 +83,7 @@ protected:
     }
 
     CLoadedLibrary m_library;
-    CFastPauses m_pauses{ m_library };
+    CFastPauses m_pauses{ m_library.GetModule() };
     CRawObject m_sink{ s_sinkTable, {} };
     IAdapterFactory* m_pFactory = nullptr;
     void* m_pAdapter = nullptr;

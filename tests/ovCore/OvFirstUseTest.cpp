@@ -3,42 +3,34 @@
 #include "ovCore/OvDynamicAPI.h"
 #include "ovCore/OvOsProcessApi.h"
 #include "ovCore/OVOsVersion.h"
+#include "ovCore/OvThreadMgr.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <set>
 #include <thread>
 #include <vector>
 
 TEST(OvFirstUse, ThreadsThatComeFirstAtOnceSeeOneWholeObject)
 {
     constexpr unsigned THREADS = 8;
-    const COVOsVersion* versions[THREADS] = {};
-    COvDynamicAPI* apis[THREADS] = {};
-    COvOsProcessApi* processApis[THREADS] = {};
-    bool bWow64[THREADS] = {};
-    bool bWhole[THREADS] = {};
+    std::set<const void*> objects[THREADS];
     std::atomic<unsigned> nReady{ 0 };
     std::vector<std::thread> threads;
-    for (unsigned i = 0; i < THREADS; ++i)
-        threads.emplace_back([&, i] {
+    for (auto& seen : objects)
+        threads.emplace_back([&] {
             ++nReady;
             while (nReady < THREADS)
                 std::this_thread::yield();
-            processApis[i] = &COvOsProcessApi::GetApi();
-            apis[i] = &COvDynamicAPI::Get();
-            bWow64[i] = apis[i]->IsCurrentProcessWow64();
-            versions[i] = &COVOsVersion::GetCurrent();
-            bWhole[i] = versions[i]->IsPlatform64() && versions[i]->IsPlatformNtBased();
+            seen = { COvThreadMgr::Get(), &COvOsProcessApi::GetApi(), &COvDynamicAPI::Get(),
+                     &COVOsVersion::GetCurrent() };
+            EXPECT_STREQ(L"Managed thread count: 0", COvThreadMgr::Get()->GetEvidence().ToString(nullptr));
+            EXPECT_EQ(sizeof(void*) == 4, COvDynamicAPI::Get().IsCurrentProcessWow64());
+            EXPECT_TRUE(COVOsVersion::GetCurrent().IsPlatform64() && COVOsVersion::GetCurrent().IsPlatformNtBased());
         });
     for (std::thread& thread : threads)
         thread.join();
-    for (unsigned i = 0; i < THREADS; ++i)
-    {
-        EXPECT_EQ(versions[0], versions[i]);
-        EXPECT_EQ(apis[0], apis[i]);
-        EXPECT_EQ(processApis[0], processApis[i]);
-        EXPECT_EQ(sizeof(void*) == 4, bWow64[i]);
-        EXPECT_TRUE(bWhole[i]);
-    }
+    for (const auto& seen : objects)
+        EXPECT_EQ(objects[0], seen);
 }

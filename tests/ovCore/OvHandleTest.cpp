@@ -1,147 +1,130 @@
-// The owner of a kernel handle.
+// Kernel handles, events, critical sections, and the scoped lock.
+#include "ovCore/OvCriticalSection.h"
+#include "ovCore/OvEvent.h"
+#include "ovCore/OvSingleLock.h"
 #include "OvHandleT.h"
 
 #include "Raised.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <thread>
 #include <utility>
 
 namespace
 {
 
-HANDLE NewHandle()
-{
-    return ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
-}
+const COvHandle s_empty;
+const auto NewHandle = [] { return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); };
 
-/// Asked right after a handle may have been closed, before another takes its value.
-bool IsOpen(HANDLE h)
-{
-    return ::WaitForSingleObject(h, 0) != WAIT_FAILED;
-}
+// Asked right after a handle may have been closed, before another takes its value.
+const auto IsOpen = [](HANDLE h) { return ::WaitForSingleObject(h, 0) != WAIT_FAILED; };
 
-/// Whether two handles stand for one object.
-bool IsSameEvent(HANDLE h1, HANDLE h2)
+std::unique_ptr<COvEvent> Open(const wchar_t* szName)
 {
-    ::SetEvent(h1);
-    const bool bSame = ::WaitForSingleObject(h2, 0) == WAIT_OBJECT_0;
-    ::ResetEvent(h1);
-    return bSame && h1 != h2;
+    return std::unique_ptr<COvEvent>(COvEvent::OpenWithWait(szName, 0, 500, SYNCHRONIZE | READ_CONTROL, false));
 }
 
 } // namespace
 
 TEST(OvHandle, IsClosedByEachWayToLoseIt)
 {
-    const struct
+    for (const auto& lose : { +[](COvHandle& h) { h.Close(), h.Close(); }, +[](COvHandle& h) { h.Set(nullptr); },
+                              +[](COvHandle& h) { COvHandle gone(std::move(h)); }, +[](COvHandle& h) { h = s_empty; },
+                              +[](COvHandle& h) { h = COvHandle(); } })
     {
-        const char* szName;
-        void (*pfnLose)(COvHandle&);
-    } rows[] = {
-        { "close", [](COvHandle& h) { h.Close(); } },
-        { "close twice", [](COvHandle& h) { h.Close(), h.Close(); } },
-        { "destruction", [](COvHandle& h) { COvHandle gone(std::move(h)); } },
-        { "set to nothing", [](COvHandle& h) { h.Set(nullptr); } },
-        { "copy of an empty one", [](COvHandle& h) { h = COvHandle(static_cast<const COvHandle&>(COvHandle())); } },
-        { "assignment of an empty one",
-          [](COvHandle& h) {
-              const COvHandle empty;
-              h = empty;
-          } },
-    };
-    for (const auto& row : rows)
-    {
-        const HANDLE hEvent = NewHandle();
-        COvHandle handle(hEvent);
-        EXPECT_TRUE(IsOpen(hEvent)) << row.szName;
-        row.pfnLose(handle);
-        EXPECT_FALSE(IsOpen(hEvent)) << row.szName;
-        EXPECT_EQ(nullptr, handle.Get()) << row.szName;
-    }
-}
-
-TEST(OvHandle, GivesWayToAnother)
-{
-    const struct
-    {
-        const char* szName;
-        void (*pfnReplace)(COvHandle&, HANDLE);
-        bool bDuplicate;
-    } rows[] = {
-        { "set", [](COvHandle& h, HANDLE hNew) { h.Set(hNew); }, false },
-        { "move", [](COvHandle& h, HANDLE hNew) { h = COvHandle(hNew); }, false },
-        { "duplicate", [](COvHandle& h, HANDLE hNew) { h.Duplicate(hNew); }, true },
-    };
-    for (const auto& row : rows)
-    {
-        const HANDLE hOld = NewHandle();
-        const HANDLE hNew = NewHandle();
-        {
-            COvHandle handle(hOld);
-            row.pfnReplace(handle, hNew);
-            EXPECT_FALSE(row.bDuplicate ? handle.Get() == hOld && IsOpen(hOld) && !IsSameEvent(hOld, hNew)
-                                        : IsOpen(hOld))
-                << row.szName;
-            EXPECT_EQ(row.bDuplicate, IsSameEvent(handle.Get(), hNew)) << row.szName;
-        }
-        EXPECT_EQ(row.bDuplicate, IsOpen(hNew)) << row.szName;
-        if (row.bDuplicate)
-            ::CloseHandle(hNew);
+        COvHandle handle(NewHandle());
+        const HANDLE hEvent = handle.Get();
+        EXPECT_TRUE(IsOpen(hEvent));
+        lose(handle);
+        EXPECT_FALSE(IsOpen(hEvent) || handle.Get() != nullptr);
     }
 }
 
 TEST(OvHandle, IsNeverOwnedByTwo)
 {
-    const HANDLE hEvent = NewHandle();
-    COvHandle handle(hEvent);
+    COvHandle handle(NewHandle());
+    const HANDLE hEvent = handle.Get();
     COvHandle assigned(NewHandle());
-    {
-        const COvHandle copy(handle);
-        assigned = handle;
-        EXPECT_TRUE(IsSameEvent(hEvent, copy.Get()));
-        EXPECT_TRUE(IsSameEvent(hEvent, assigned.Get()));
-        EXPECT_NE(copy.Get(), assigned.Get());
-    }
-    COvHandle& self = handle;
-    handle = self;
-    handle = std::move(self);
-    EXPECT_EQ(hEvent, handle.Get());
-    EXPECT_TRUE(IsOpen(hEvent));
-
-    COvHandle moved(std::move(handle));
+    assigned = handle;
+    EXPECT_NE(hEvent, assigned.Get());
+    EXPECT_NE(hEvent, COvHandle(std::as_const(handle)).Get());
+    ::SetEvent(assigned.Get());
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(hEvent, 0)); // one event
+    handle = *&handle;
+    COvHandle moved(std::move(handle = std::move(*&handle)));
     EXPECT_EQ(nullptr, handle.Get());
     EXPECT_EQ(hEvent, moved.Release());
-    EXPECT_EQ(nullptr, moved.Get());
     moved.Close();
+    EXPECT_TRUE(moved.IsValid()); // 0 is
+    moved.Set(INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(moved.IsValid());
+    moved.Set(hEvent);
     EXPECT_TRUE(IsOpen(hEvent));
-    ::CloseHandle(hEvent);
-}
-
-TEST(OvHandle, OfZeroIsValid)
-{
-    EXPECT_TRUE(COvHandle().IsValid());
-    COvHandle invalid(INVALID_HANDLE_VALUE);
-    EXPECT_FALSE(invalid.IsValid());
-    invalid.Release();
-    EXPECT_TRUE(invalid.IsValid());
-}
-
-TEST(OvHandle, SaysWhyItCannotBeDuplicated)
-{
-    const HANDLE hNothing = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x0BADBAD0));
-    const std::wstring strExpected =
-        L"0x80004005 OvHandleT | Method: DuplicateHandle | " + ErrorItem(L"Win32 GetLastError", ERROR_INVALID_HANDLE);
-    COvHandle source(hNothing);
-    COvHandle assigned(NewHandle());
-    EXPECT_EQ(strExpected, Raised([&] { const COvHandle copy(source); }));
-    EXPECT_EQ(strExpected, Raised([&] { assigned = source; }));
-    EXPECT_EQ(nullptr, assigned.Get());
-    source.Release();
-
-    const HANDLE hOld = NewHandle(); // last: the first exceptions of a program may have taken its value
-    COvHandle handle(hOld);
-    EXPECT_EQ(strExpected, Raised([&] { handle.Duplicate(hNothing); }));
-    EXPECT_FALSE(IsOpen(hOld));
+    COvHandle source(reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x0BADBAD0)));
+    handle.Set(NewHandle());
+    EXPECT_EQ(L"0x80004005 OvHandleT | Method: DuplicateHandle | " +
+                  ErrorItem(L"Win32 GetLastError", ERROR_INVALID_HANDLE),
+              Raised([&] { handle = source; }));
     EXPECT_EQ(nullptr, handle.Get());
+    source.Release();
+}
+
+TEST(OvEvent, OfANameIsOneForAll)
+{
+    const wchar_t szName[] = L"Local\\OvEventTest_\xD83D\xDE00";
+    {
+        COvEvent first(false, true, szName, nullptr);
+        COvEvent second(true, false, szName, nullptr); // its own wishes count for nothing
+        EXPECT_TRUE(!first.Exists() && second.Exists());
+        EXPECT_FALSE(second.Lock(0));
+        const std::unique_ptr<COvEvent> pOpened = Open(szName);
+        EXPECT_TRUE(pOpened->Exists());
+        EXPECT_FALSE(pOpened->SetEvent()); // opened for waiting alone
+        EXPECT_TRUE(first.SetEvent());
+        EXPECT_TRUE(second.Lock(0) && pOpened->Lock(0));
+        EXPECT_TRUE(pOpened->Unlock(1, nullptr) && !pOpened->Unlock(0) && pOpened->Lock(0));
+    }
+    COvEvent refused(true, true, L"Local\\OvEventTest\\no such folder", nullptr);
+    const std::unique_ptr<COvEvent> pMissing = Open(szName);
+    for (COvEvent* pEvent : { &refused, pMissing.get() })
+    {
+        EXPECT_EQ(nullptr, pEvent->GetHandle());
+        EXPECT_FALSE(pEvent->Exists() || pEvent->Lock(INFINITE) || pEvent->SetEvent());
+    }
+}
+
+TEST(OvSingleLock, CannotLetAnEventGo)
+{
+    COvEvent event(false, false, nullptr, nullptr);
+    COvSingleLock lock(&event, false);
+    EXPECT_FALSE(lock.Lock(0));
+    EXPECT_TRUE(lock.Unlock()); // never held
+    event.SetEvent();
+    EXPECT_TRUE(lock.Lock(0));
+    EXPECT_FALSE(lock.Unlock() || lock.Unlock());
+    EXPECT_EQ(L"0x80070057 OvSingleLock | Info Msg: Invalid pointer | pSync: 0",
+              Raised([] { COvSingleLock none(nullptr, true); }));
+}
+
+TEST(OvSingleLock, KeepsThreadsApartUntilItIsLeft)
+{
+    COvCriticalSection section;
+    int nCount = 0;
+    const auto throwing = [&] {
+        COvSingleLock outer(&section, true);
+        COvSingleLock inner(&section, false);
+        EXPECT_TRUE(inner.Lock(0)); // a thread does not keep itself out
+        ++nCount;
+        throw 1;
+    };
+    const auto work = [&] {
+        for (int i = 0; i < 2000; ++i)
+            EXPECT_THROW(throwing(), int);
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    EXPECT_EQ(4000, nCount);
 }

@@ -1,4 +1,4 @@
-// Exceptions of the host's own compiler, in calls into the host and in a worker. Windows only.
+// Exceptions and faults in calls into the host, which are plain calls elsewhere than on Windows.
 #include "ovCore/OvHostCall.h"
 #include "ovCore/OvSingleLock.h"
 
@@ -7,24 +7,20 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <memory>
 #include <thread>
 
 namespace
 {
 
 const DWORD s_dwMsCppException = 0xE06D7363;
-const DWORD s_dwSoftware = 0xE0001234;
 
 const void* NewestHandler()
 {
     const void* p;
     asm volatile("movl %%fs:0, %0" : "=r"(p));
     return p;
-}
-
-__attribute__((noinline)) void Raise(DWORD dwCode, DWORD dwFlags = 0)
-{
-    ::RaiseException(dwCode, dwFlags, 0, nullptr);
 }
 
 /// A structured handler as another compiler's code has it: it counts, and lets everything pass.
@@ -44,13 +40,19 @@ EXCEPTION_DISPOSITION __cdecl CountPasses(EXCEPTION_RECORD* pRecord, void*, CONT
     return ExceptionContinueSearch;
 }
 
-/// Raises under such a handler, which an exception takes out of the list as it goes.
-__attribute__((noinline)) void RaiseInForeignCode(DWORD dwCode)
+/// Calls under such a handler, which an exception takes out of the list as it goes.
+template <class Call>
+__attribute__((noinline)) void UnderForeignHandler(Call&& call)
 {
     volatile CForeignHandler handler = { NewestHandler(), CountPasses };
     asm volatile("movl %0, %%fs:0" : : "r"(&handler) : "memory");
-    Raise(dwCode);
+    call();
     asm volatile("movl %0, %%fs:0" : : "r"(handler.pNext) : "memory");
+}
+
+void RaiseInForeignCode(DWORD dwCode)
+{
+    UnderForeignHandler([dwCode] { ::RaiseException(dwCode, 0, 0, nullptr); });
 }
 
 /// What a fault that nobody has translated meets at last: the handler gives it a place to read.
@@ -68,16 +70,6 @@ LONG CALLBACK TakeWhatIsLeft(EXCEPTION_POINTERS* pPointers)
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-class CLastHandler
-{
-public:
-    CLastHandler() { s_nLeftAlone = 0; }
-    ~CLastHandler() { ::RemoveVectoredExceptionHandler(m_hHandler); }
-
-private:
-    void* m_hHandler = ::AddVectoredExceptionHandler(0, TakeWhatIsLeft);
-};
-
 } // namespace
 
 TEST(OvHostException, ArrivesAsOneOfOurs)
@@ -90,91 +82,61 @@ TEST(OvHostException, ArrivesAsOneOfOurs)
         s_nSearched = s_nUnwound = 0;
         const auto call = [&] {
             COvSingleLock lock(&section, true);
-            OvCallHost([] { RaiseInForeignCode(s_dwMsCppException); });
+            OvCallHost([] { OvCallHost([] { RaiseInForeignCode(s_dwMsCppException); }); }); // the innermost takes it
         };
         ASSERT_THROW(call(), COvHostException);
         ASSERT_EQ(i, nKept);
         ASSERT_EQ(pBefore, NewestHandler());
-        ASSERT_EQ(1u, s_nSearched);
-        ASSERT_EQ(1u, s_nUnwound); // the host's own frames had their turn
+        ASSERT_TRUE(s_nSearched == 1 && s_nUnwound == 1); // the host's own frames had their turn
         std::thread([&] { COvSingleLock lock(&section, true); }).join();
     }
+    EXPECT_THROW(OvCallHost([] { ::RaiseException(s_dwMsCppException, EXCEPTION_NONCONTINUABLE, 0, nullptr); }),
+                 COvHostException);
 }
 
-TEST(OvHostException, IsTakenByTheInnermostCall)
+TEST(OvHostException, EndsInAWorkersErrorAsASoftwareExceptionDoes)
 {
-    bool bInner = false;
-    OvCallHost([&] {
-        try
-        {
-            OvCallHost([] { Raise(s_dwMsCppException, EXCEPTION_NONCONTINUABLE); });
-        }
-        catch (const COvHostException&)
-        {
-            bInner = true;
-        }
-    });
-    EXPECT_TRUE(bInner);
-    EXPECT_THROW(OvCallHost([] { OvCallHost([] { Raise(s_dwMsCppException); }); }), COvHostException);
-}
-
-TEST(OvHostException, EndsInAWorkersError)
-{
-    const struct
+    for (const auto& [dwCode, szError] : std::map<DWORD, const wchar_t*>{
+             { s_dwMsCppException, L"Msg: Unknown exception caught.\rStack Dump: \r" },
+             { 0xE0001234, L"SEH Information: SEH Exception: 0xe0001234\r \rStack Dump: \r" } })
     {
-        DWORD dwCode;
-        const wchar_t* szEvidence;
-    } rows[] = {
-        { s_dwMsCppException, L"Msg: Unknown exception caught.\rStack Dump: \r" },
-        { s_dwSoftware, L"SEH Information: SEH Exception: 0xe0001234\r \rStack Dump: \r" },
-    };
-    for (const auto& row : rows)
-    {
-        CTestWorker worker([&row](CTestWorker&) -> DWORD {
-            OvCallHost([&row] { RaiseInForeignCode(row.dwCode); });
+        CTestWorker worker([dwThrown = dwCode](CTestWorker&) -> DWORD {
+            ::OutputDebugStringW(L"note\r\n"); // an exception too, and no matter of ours
+            OvCallHost([] { ::OutputDebugStringW(L"note\r\n"); });
+            OvCallHost([=] { RaiseInForeignCode(dwThrown); });
             return 1;
         });
-        worker.Start(true);
-        worker.WaitForComplete(false);
-        EXPECT_EQ("before work error ", worker.m_strCalls);
-        EXPECT_EQ(row.szEvidence, worker.m_strError);
+        worker.RunToItsEnd();
+        EXPECT_EQ(szError, worker.m_strError);
     }
 }
 
-TEST(OvHostException, IsNoMatterOfDebuggersNotes)
+TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHandler)
 {
-    CTestWorker worker([](CTestWorker&) -> DWORD {
-        OvCallHost([] { ::OutputDebugStringW(L"note\r\n"); });
-        ::OutputDebugStringW(L"note\r\n");
-        return 1;
-    });
-    worker.Start(true);
-    worker.WaitForComplete(false);
-    EXPECT_EQ("before work after ", worker.m_strCalls);
-}
-
-TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslator)
-{
-    const CLastHandler last;
+    void* const hLast = ::AddVectoredExceptionHandler(0, TakeWhatIsLeft);
     std::thread([] {
         ReadNowhere();
         OvCallHost([] { ReadNowhere(); });
     }).join();
-    EXPECT_EQ(2u, s_nLeftAlone);
-}
-
-TEST(OvHostException, FaultsUnderAForeignHandlerAreLeftToIt)
-{
-    const CLastHandler last;
     CTestWorker worker([](CTestWorker&) -> DWORD {
-        volatile CForeignHandler handler = { NewestHandler(), CountPasses };
-        asm volatile("movl %0, %%fs:0" : : "r"(&handler) : "memory");
-        ReadNowhere();
-        asm volatile("movl %0, %%fs:0" : : "r"(handler.pNext) : "memory");
+        UnderForeignHandler([] { ReadNowhere(); });
         return 1;
     });
-    worker.Start(true);
-    worker.WaitForComplete(false);
-    EXPECT_EQ(1u, s_nLeftAlone);
+    worker.RunToItsEnd();
+    EXPECT_EQ(3u, s_nLeftAlone);
     EXPECT_EQ("before work after ", worker.m_strCalls);
+    ::RemoveVectoredExceptionHandler(hLast);
+}
+
+TEST(OvHostException, IsNoMatterOfOurOwnExceptions)
+{
+    // Something on the heap: lost or copied wrongly it shows.
+    const auto pText = std::make_shared<std::wstring>(L"text");
+    const auto thrower = [&] {
+        const auto pHeld = pText;
+        OvCallHost([&] { throw std::make_pair(pHeld, 7); });
+    };
+    using Thrown = std::pair<std::shared_ptr<std::wstring>, int>;
+    EXPECT_THROW(OvCallHost(thrower), Thrown);
+    EXPECT_EQ(1, pText.use_count());
 }

@@ -6,42 +6,39 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
-#include <stdexcept>
 #include <thread>
+#include <tuple>
 
 namespace
 {
 
 const wchar_t s_szFile[] = L"..\\ovCore\\OvThread";
-const wchar_t s_szKey[] = L"SOFTWARE\\Trevok\\Trevok Compliance Agent";
 
-struct CSwitch
-{
-    DWORD dwType;
-    uint64_t nValue;
-    DWORD dwSize; ///< 0: a key without the value
-};
+/// What the switch's key holds under one root: type, value and size; a size of 0 for a key without the value.
+using Switch = std::tuple<DWORD, uint64_t, DWORD>;
+const Switch s_on = { REG_DWORD, 1, 4 };
+const Switch s_none = { 0, 0, 0xFFFFFFFF };
 
-void Write(HKEY hRoot, const CSwitch& setting)
+void Write(HKEY hRoot, const Switch& setting)
 {
+    const auto& [dwType, nValue, dwSize] = setting;
     HKEY hKey = nullptr;
-    ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(hRoot, s_szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr));
-    if (setting.dwSize != 0)
-    {
-        EXPECT_EQ(ERROR_SUCCESS, ::RegSetValueExW(hKey, L"StackTraceEnabled", 0, setting.dwType,
-                                                  reinterpret_cast<const BYTE*>(&setting.nValue), setting.dwSize));
-    }
+    if (setting == s_none)
+        return;
+    ::RegCreateKeyExW(hRoot, L"SOFTWARE\\Trevok\\Trevok Compliance Agent", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                      &hKey, nullptr);
+    if (dwSize != 0)
+        ::RegSetValueExW(hKey, L"StackTraceEnabled", 0, dwType, reinterpret_cast<const BYTE*>(&nValue), dwSize);
     ::RegCloseKey(hKey);
 }
 
-constexpr CSwitch s_on = { REG_DWORD, 1, 4 };
-
-/// A tracer as the setting makes it, whatever the machine's own is.
-std::unique_ptr<COvStackTrace> MakeTracer(const CSwitch& setting = s_on)
+/// A tracer as the settings of machine and user make it.
+std::unique_ptr<COvStackTrace> MakeTracer(const Switch& machine = s_on, const Switch& user = s_none)
 {
     const CScratchRegistry registry;
-    Write(HKEY_LOCAL_MACHINE, setting);
+    Write(HKEY_LOCAL_MACHINE, machine);
+    Write(HKEY_CURRENT_USER, user);
+    EXPECT_FALSE(COvStackTrace::Get()->IsOn()); // the process's was made at load
     return std::make_unique<COvStackTrace>();
 }
 
@@ -49,145 +46,78 @@ std::unique_ptr<COvStackTrace> MakeTracer(const CSwitch& setting = s_on)
 
 TEST(OvStackTrace, TheRegistrySwitchesIt)
 {
-    using OptSwitch = std::optional<CSwitch>;
-    const CSwitch noValue = { 0, 0, 0 };
-    const struct
-    {
-        const char* szWhat;
-        OptSwitch machine;
-        OptSwitch user;
-        bool bOn;
-    } rows[] = {
-        { "no key", {}, {}, false },
-        { "machine 1", s_on, {}, true },
-        { "machine 2", CSwitch{ REG_DWORD, 2, 4 }, {}, true },
-        { "machine 0", CSwitch{ REG_DWORD, 0, 4 }, {}, false },
-        { "machine 3", CSwitch{ REG_DWORD, 3, 4 }, {}, false },
-        { "machine 0x101", CSwitch{ REG_DWORD, 0x101, 4 }, {}, false },
-        { "a text", CSwitch{ REG_SZ, '1', 4 }, {}, false },
-        { "eight bytes", CSwitch{ REG_QWORD, 1, 8 }, {}, false },
-        { "binary", CSwitch{ REG_BINARY, 1, 4 }, {}, false },
-        { "two bytes", CSwitch{ REG_DWORD, 1, 2 }, {}, false },
-        { "user 1", {}, s_on, true },
-        { "user 3", {}, CSwitch{ REG_DWORD, 3, 4 }, false },
-        { "machine key without value hides user", noValue, s_on, false },
-        { "machine 0 hides user", CSwitch{ REG_DWORD, 0, 4 }, s_on, false },
+    const std::tuple<Switch, Switch, bool, bool> rows[] = {
+        { s_none, s_none, false, false },
+        { s_on, s_none, true, true },
+        { { REG_DWORD, 2, 4 }, s_none, true, false },
+        { { REG_DWORD, 3, 4 }, s_none, false, false },
+        { { REG_SZ, 1, 4 }, s_none, false, false },
+        { { REG_QWORD, 1, 8 }, s_none, false, false },
+        { { REG_DWORD, 1, 2 }, s_none, false, false },
+        { s_none, s_on, true, true },
+        { { 0, 0, 0 }, s_on, false, false }, // a machine key without the value hides the user's
     };
-    for (const auto& row : rows)
+    for (const auto& [machine, user, bOn, bRecords] : rows)
     {
-        const CScratchRegistry registry;
-        if (row.machine)
-            Write(HKEY_LOCAL_MACHINE, *row.machine);
-        if (row.user)
-            Write(HKEY_CURRENT_USER, *row.user);
-        EXPECT_EQ(row.bOn, COvStackTrace().IsOn()) << row.szWhat;
+        const auto pTracer = MakeTracer(machine, user);
+        LONG nDepth = 0;
+        EXPECT_EQ(bOn, pTracer->IsOn()) << std::get<1>(machine);
+        EXPECT_EQ(bRecords, pTracer->Push(L"f", s_szFile, 1, &nDepth)) << std::get<1>(machine);
+        const COvStackTraceScope scope(L"g", s_szFile, 2, pTracer.get());
+        EXPECT_EQ(bRecords ? L"\rf [OvThread:1] ^\rg [OvThread:2] ^\r" : L"\r", pTracer->Dump());
     }
-}
-
-TEST(OvStackTrace, TheProcesssTracerIsMadeAtLoadAndReadsOnce)
-{
-    const CScratchRegistry registry;
-    Write(HKEY_LOCAL_MACHINE, s_on); // too late: the instance was there before main
-    EXPECT_FALSE(COvStackTrace::Get()->IsOn());
-    EXPECT_EQ(COvStackTrace::Get(), COvStackTrace::Get());
 }
 
 TEST(OvStackTrace, ListsTheOpenScopesOutermostFirst)
 {
     const auto pTracer = MakeTracer();
-    EXPECT_EQ(L"\r", pTracer->Dump());
-    const COvStackTraceScope outer(L"COvThread::Start", s_szFile, 93, pTracer.get());
-    {
-        const COvStackTraceScope inner(L"COvThread::RunAsync", L"OvThread", 60, pTracer.get());
-        const COvStackTraceScope unnamed(nullptr, nullptr, -1, pTracer.get());
-        EXPECT_EQ(L"\rCOvThread::Start [OvThread:93] ^\rCOvThread::RunAsync [OvThread:60] ^\runknown [unknown:-1] ^\r",
-                  pTracer->Dump());
-    }
-    EXPECT_EQ(L"\rCOvThread::Start [OvThread:93] ^\r", pTracer->Dump());
-}
-
-TEST(OvStackTrace, AScopeTakesTheFramesAboveItAlong)
-{
-    const auto pTracer = MakeTracer();
     const COvStackTraceScope outer(L"outer", s_szFile, 1, pTracer.get());
-    LONG nDepth = -1;
-    try
-    {
-        const COvStackTraceScope inner(L"inner", s_szFile, 2, pTracer.get());
-        EXPECT_TRUE(pTracer->Push(L"left behind", s_szFile, 3, &nDepth));
-        EXPECT_EQ(2, nDepth);
-        throw std::runtime_error("");
-    }
-    catch (const std::exception&)
-    {
-        EXPECT_EQ(L"\router [OvThread:1] ^\r", pTracer->Dump());
-    }
-    pTracer->Pop(5);
+    const auto fail = [&] {
+        const COvStackTraceScope inner(L"inner", L"OvThread", 2, pTracer.get());
+        const COvStackTraceScope inactive(L"none", s_szFile, 3, nullptr);
+        LONG nDepth = -1;
+        EXPECT_TRUE(pTracer->Push(nullptr, nullptr, -1, &nDepth) && nDepth == 2); // left behind
+        EXPECT_EQ(L"\router [OvThread:1] ^\rinner [OvThread:2] ^\runknown [unknown:-1] ^\r", pTracer->Dump());
+        throw 1;
+    };
+    EXPECT_THROW(fail(), int);
     EXPECT_EQ(L"\router [OvThread:1] ^\r", pTracer->Dump());
     pTracer->Pop(-1);
     EXPECT_EQ(L"\r", pTracer->Dump());
 }
 
-TEST(OvStackTrace, NothingIsRecordedWhenItShouldNotBe)
-{
-    for (const DWORD dwMode : { 0, 2 })
-    {
-        const auto pTracer = MakeTracer({ REG_DWORD, dwMode, 4 });
-        LONG nDepth = 77;
-        EXPECT_EQ(dwMode != 0, pTracer->IsOn());
-        EXPECT_FALSE(pTracer->Push(L"f", s_szFile, 1, &nDepth));
-        EXPECT_EQ(77, nDepth);
-        const COvStackTraceScope scope(L"f", s_szFile, 1, pTracer.get());
-        EXPECT_EQ(L"\r", pTracer->Dump());
-        pTracer->Pop(0);
-    }
-    const COvStackTraceScope none(L"f", s_szFile, 1, nullptr);
-}
-
 TEST(OvStackTrace, EachThreadHasItsOwnStack)
 {
     const auto pTracer = MakeTracer();
-    const COvStackTraceScope scope(L"main", s_szFile, 1, pTracer.get());
     const auto work = [&](const wchar_t* szName) {
-        const std::wstring expected = L"\r" + std::wstring(szName) + L" [OvThread:2] ^\r";
         for (int i = 0; i < 2000; ++i)
         {
-            const COvStackTraceScope inner(szName, s_szFile, 2, pTracer.get());
-            if (pTracer->Dump() != expected)
-                ADD_FAILURE() << i;
+            const COvStackTraceScope scope(szName, s_szFile, 2, pTracer.get());
+            EXPECT_EQ(std::wstring(L"\r") + szName + L" [OvThread:2] ^\r", pTracer->Dump());
         }
     };
-    std::thread a(work, L"a");
-    std::thread b(work, L"b");
-    a.join();
-    b.join();
-    EXPECT_EQ(L"\rmain [OvThread:1] ^\r", pTracer->Dump());
+    std::thread other(work, L"other");
+    work(L"main");
+    other.join();
 }
 
 TEST(OvStackTrace, WithoutMemoryAScopeIsInactiveAndTheLockFree)
 {
     const auto pTracer = MakeTracer();
-    {
-        const CFailingNew failing(1);
-        const COvStackTraceScope scope(L"f", s_szFile, 1, pTracer.get());
-        EXPECT_TRUE(failing.Reached());
-    }
     bool bReached = true;
     for (unsigned nFail = 1; bReached; ++nFail)
     {
+        const CFailingNew failing(nFail);
         const COvStackTraceScope scope(L"a name that is too long to be held inside a string", s_szFile, 1,
                                        pTracer.get());
-        const CFailingNew failing(nFail);
         try
         {
             pTracer->Dump();
         }
         catch (const std::bad_alloc&)
         {
-            EXPECT_TRUE(failing.Reached());
         }
         bReached = failing.Reached();
     }
     std::thread([&] { EXPECT_EQ(L"\r", pTracer->Dump()); }).join(); // a lock left held would stop this thread
-    EXPECT_EQ(L"\r", pTracer->Dump());
 }

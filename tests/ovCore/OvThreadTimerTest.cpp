@@ -3,26 +3,18 @@
 
 #include <gtest/gtest.h>
 
-namespace
-{
+static COvEvent* s_pFired = nullptr;
 
-COvEvent* s_pFired = nullptr;
-
-void CALLBACK OnTimer(HWND, UINT, UINT_PTR, DWORD)
+static void CALLBACK OnTimer(HWND, UINT, UINT_PTR, DWORD)
 {
     s_pFired->SetEvent();
 }
-
-} // namespace
 
 TEST(OvThreadTimer, FiresWhileWaiting)
 {
     COvEvent fired(false, true, nullptr, nullptr);
     s_pFired = &fired;
-    CTestWorker worker([&](CTestWorker&) -> DWORD {
-        fired.Lock(INFINITE); // would never come without the dispatching
-        return 0;
-    });
+    CTestWorker worker([&](CTestWorker&) { return fired.Lock(INFINITE) ? 0u : 1u; }); // never without the dispatching
     const UINT_PTR nTimer = ::SetTimer(nullptr, 0, USER_TIMER_MINIMUM, OnTimer);
     ASSERT_NE(0u, nTimer);
     worker.Start(true);

@@ -35,6 +35,11 @@ public:
             m_onError();
     }
 
+    void RunToItsEnd()
+    {
+        Start(true);
+        WaitForComplete(false);
+    }
     bool WaitForStop(DWORD dwTimeoutMs = INFINITE) { return m_pStopEvent->Lock(dwTimeoutMs); }
     HANDLE OwnHandle() const { return m_pThread ? m_pThread->hThread.Get() : nullptr; }
     const COvException* LastError() const { return m_pLastError.get(); }

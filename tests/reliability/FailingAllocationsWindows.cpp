@@ -30,7 +30,7 @@ CFailingAllocations::CFailingAllocations(HMODULE hLibrary, unsigned nFail, bool 
     s_bOnwards = bOnwards;
     s_bReached = false;
     s_dwThreadId = ::GetCurrentThreadId();
-    PatchImport(hLibrary, "malloc", reinterpret_cast<void*>(&Allocate));
+    ReplaceImport(hLibrary, SystemFunction("msvcrt", "malloc"), reinterpret_cast<const void*>(&Allocate));
 }
 
 CFailingAllocations::~CFailingAllocations()

@@ -52,12 +52,12 @@ enum Call : unsigned
 struct CWatchedCall
 {
     const char* szFunction;
-    void* pWrapper;
+    const void* pReal;
+    const void* pWrapper;
     intptr_t nFailure;
-    void* pReal;
 };
 
-extern CWatchedCall s_calls[];
+extern const CWatchedCall s_calls[];
 
 std::mutex s_mutex; // guards what follows
 CCallFailure s_failure;
@@ -104,7 +104,7 @@ public:
     {
         if (Fails(I))
             return Failure<R>(I);
-        return reinterpret_cast<R(WINAPI*)(Arguments...)>(s_calls[I].pReal)(arguments...);
+        return reinterpret_cast<R(WINAPI*)(Arguments...)>(const_cast<void*>(s_calls[I].pReal))(arguments...);
     }
 };
 
@@ -136,22 +136,29 @@ uintptr_t __cdecl BeginThread(void* pSecurity, unsigned nStack, unsigned(WINAPI*
                                       : ::_beginthreadex(pSecurity, nStack, pStart, pArgument, nFlags, pId);
 }
 
+template <class Function>
+const void* Address(Function* pFunction)
+{
+    return reinterpret_cast<const void*>(pFunction);
+}
+
 #define OV_ROW(function, failure)                                                                                      \
-    { #function, reinterpret_cast<void*>(&CWrapper<Call_##function, decltype(&::function)>::Call),                     \
-      static_cast<intptr_t>(failure), nullptr },
-CWatchedCall s_calls[] = { OV_FAILING_CALLS(OV_ROW){ "CloseHandle", reinterpret_cast<void*>(&Close), FALSE, nullptr },
-                           { "RegCloseKey", reinterpret_cast<void*>(&CloseKey), ERROR_ACCESS_DENIED, nullptr },
-                           { "WaitForSingleObject", reinterpret_cast<void*>(&Wait), static_cast<intptr_t>(WAIT_FAILED),
-                             nullptr },
-                           { "_beginthreadex", reinterpret_cast<void*>(&BeginThread), 0, nullptr } };
+    { #function, Address(&::function), Address(&CWrapper<Call_##function, decltype(&::function)>::Call),               \
+      static_cast<intptr_t>(failure) },
+const CWatchedCall s_calls[] = {
+    OV_FAILING_CALLS(OV_ROW){ "CloseHandle", Address(&::CloseHandle), Address(&Close), FALSE },
+    { "RegCloseKey", Address(&::RegCloseKey), Address(&CloseKey), ERROR_ACCESS_DENIED },
+    { "WaitForSingleObject", Address(&::WaitForSingleObject), Address(&Wait), static_cast<intptr_t>(WAIT_FAILED) },
+    { "_beginthreadex", Address(&::_beginthreadex), Address(&BeginThread), 0 }
+};
 #undef OV_ROW
 
 } // namespace
 
 void WatchCalls(HMODULE hLibrary)
 {
-    for (CWatchedCall& call : s_calls)
-        call.pReal = PatchImport(hLibrary, call.szFunction, call.pWrapper);
+    for (const CWatchedCall& call : s_calls)
+        ReplaceImport(hLibrary, call.pReal, call.pWrapper);
 }
 
 void ArmFailure(const CCallFailure& failure)

@@ -22,7 +22,7 @@ COutcome RunWith(bool bTransitions, Begin&& begin, End&& end)
     COutcome outcome;
     const CScratchRegistry registry;
     StoreRevision(OLD_REVISION);
-    const CResourceCounts before = CountResources();
+    const std::string before = CountResources();
     {
         CMainJob job;
         begin(job);
@@ -49,7 +49,8 @@ COutcome RunWith(bool bTransitions, Begin&& begin, End&& end)
         outcome.trace = job.Trace();
         ::SetErrorInfo(0, nullptr);
     }
-    outcome.leak = DescribeLeak(before, CountResources());
+    const std::string after = CountResources();
+    outcome.leak = after == before ? "" : before + " before, " + after + " after";
     return outcome;
 }
 

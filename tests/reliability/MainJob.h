@@ -4,6 +4,7 @@
 #include "AgentSimulator/AgentSimulator.h"
 #include "ComApartment.h"
 #include "FailingCalls.h"
+#include "FastPauses.h"
 #include "HostRecord.h"
 #include "LoadedLibrary.h"
 #include "RevisionRecord.h"
@@ -75,7 +76,7 @@ public:
 private:
     CComApartment m_apartment;
     CLoadedLibrary m_library;
-    CFastPauses m_pauses{ m_library };
+    CFastPauses m_pauses{ m_library.GetModule() };
     CAgentSimulator m_agent;
     CHostCallbacks m_callbacks;
     IAdapterFactory* m_pFactory = nullptr;

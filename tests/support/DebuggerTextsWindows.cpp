@@ -5,35 +5,27 @@
 #include <mutex>
 #include <utility>
 
-// A text for the debugger travels as an exception that a process without one may handle itself.
+// A text for the debugger travels as an exception that a process without one may handle itself. The narrow form follows
+// where the wide one is not known or not handled. Parameters: bytes with the NUL, the text.
 
 namespace
 {
-
-// Parameters: units with the NUL, the text. Not every system has the wide form.
-constexpr DWORD s_dwWideText = 0x4001000A;
-constexpr DWORD s_dwNarrowText = 0x40010006;
 
 std::mutex s_mutex;
 std::vector<std::wstring> s_texts; // guarded by s_mutex
 void* s_pHandler = nullptr;
 
-std::wstring Widened(const char* szText)
-{
-    std::wstring wide(static_cast<size_t>(::MultiByteToWideChar(CP_ACP, 0, szText, -1, nullptr, 0)), L'\0');
-    ::MultiByteToWideChar(CP_ACP, 0, szText, -1, wide.data(), static_cast<int>(wide.length()));
-    return wide.c_str();
-}
-
 LONG CALLBACK Capture(EXCEPTION_POINTERS* pPointers)
 {
     const EXCEPTION_RECORD& record = *pPointers->ExceptionRecord;
-    if (record.ExceptionCode != s_dwWideText && record.ExceptionCode != s_dwNarrowText)
+    if (record.ExceptionCode != 0x40010006) // DBG_PRINTEXCEPTION_C
         return EXCEPTION_CONTINUE_SEARCH;
-    const ULONG_PTR pText = record.ExceptionInformation[1];
-    const bool bWide = record.ExceptionCode == s_dwWideText;
+    const int nBytes = static_cast<int>(record.ExceptionInformation[0]);
+    std::wstring text(static_cast<size_t>(nBytes), L'\0');
+    ::MultiByteToWideChar(CP_ACP, 0, reinterpret_cast<const char*>(record.ExceptionInformation[1]), nBytes, text.data(),
+                          nBytes);
     const std::lock_guard<std::mutex> guard(s_mutex);
-    s_texts.push_back(bWide ? reinterpret_cast<const wchar_t*>(pText) : Widened(reinterpret_cast<const char*>(pText)));
+    s_texts.push_back(text.c_str());
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 

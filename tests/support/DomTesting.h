@@ -4,6 +4,7 @@
 #include "ovCore/OvBstr.h"
 #include "ovCore/OvComPtr.h"
 #include "OvPlatform.h"
+#include "Wine.h"
 
 #include <algorithm>
 #include <string>
@@ -11,13 +12,6 @@
 
 using CDocumentPtr = COvComPtr<IXMLDOMDocument2>;
 using CNodePtr = COvComPtr<IXMLDOMNode>;
-
-/// Whether the DOM is Wine's, which differs from the platform's own in a few answers.
-inline bool IsWine()
-{
-    const HMODULE hModule = ::GetModuleHandleW(L"ntdll.dll");
-    return hModule != nullptr && ::GetProcAddress(hModule, "wine_get_version") != nullptr;
-}
 
 template <class T>
 COvComPtr<T> As(IUnknown* pUnknown, REFIID riid)

@@ -1,6 +1,6 @@
 #include "ImportTable.h"
 
-#include <cstring>
+#include <stdexcept>
 
 namespace
 {
@@ -12,47 +12,30 @@ T* At(HMODULE hModule, DWORD dwOffset)
     return reinterpret_cast<T*>(reinterpret_cast<BYTE*>(hModule) + dwOffset);
 }
 
-const IMAGE_DATA_DIRECTORY& ImportDirectory(HMODULE hModule)
+/// The slot that the module calls the function through.
+DWORD* FindSlot(HMODULE hModule, const void* pFunction)
 {
-    const auto pDos = At<const IMAGE_DOS_HEADER>(hModule, 0);
-    const auto pHeaders = At<const IMAGE_NT_HEADERS>(hModule, static_cast<DWORD>(pDos->e_lfanew));
-    return pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-}
-
-bool HasName(HMODULE hModule, const IMAGE_THUNK_DATA& thunk, const char* szFunction)
-{
-    if (IMAGE_SNAP_BY_ORDINAL(thunk.u1.Ordinal))
-        return false;
-    const char* const szName = At<const char>(hModule, thunk.u1.AddressOfData) + sizeof(WORD); // behind the hint
-    return std::strcmp(szName, szFunction) == 0;
-}
-
-/// The slot that the library calls the function through.
-DWORD_PTR* FindSlot(HMODULE hModule, const char* szFunction)
-{
-    auto pImport = At<const IMAGE_IMPORT_DESCRIPTOR>(hModule, ImportDirectory(hModule).VirtualAddress);
-    for (; pImport->Name != 0; ++pImport)
-    {
-        auto pName = At<const IMAGE_THUNK_DATA>(hModule, pImport->OriginalFirstThunk);
-        auto pSlot = At<IMAGE_THUNK_DATA>(hModule, pImport->FirstThunk);
-        for (; pName->u1.AddressOfData != 0; ++pName, ++pSlot)
-            if (HasName(hModule, *pName, szFunction))
-                return &pSlot->u1.Function;
-    }
-    return nullptr;
+    const auto pHeaders = At<IMAGE_NT_HEADERS>(hModule, static_cast<DWORD>(At<IMAGE_DOS_HEADER>(hModule, 0)->e_lfanew));
+    const DWORD dwImports = pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (auto pImport = At<IMAGE_IMPORT_DESCRIPTOR>(hModule, dwImports); pImport->Name != 0; ++pImport)
+        for (DWORD* pSlot = At<DWORD>(hModule, pImport->FirstThunk); *pSlot != 0; ++pSlot)
+            if (*pSlot == reinterpret_cast<DWORD_PTR>(pFunction))
+                return pSlot;
+    throw std::runtime_error("the module does not import the function");
 }
 
 } // namespace
 
-void* PatchImport(HMODULE hModule, const char* szFunction, void* pNew)
+void ReplaceImport(HMODULE hModule, const void* pFunction, const void* pNew)
 {
-    DWORD_PTR* const pSlot = FindSlot(hModule, szFunction);
-    if (pSlot == nullptr)
-        return nullptr;
-    void* const pOld = reinterpret_cast<void*>(*pSlot);
+    DWORD* const pSlot = FindSlot(hModule, pFunction);
     DWORD dwProtection = 0;
     ::VirtualProtect(pSlot, sizeof(*pSlot), PAGE_READWRITE, &dwProtection);
     *pSlot = reinterpret_cast<DWORD_PTR>(pNew);
     ::VirtualProtect(pSlot, sizeof(*pSlot), dwProtection, &dwProtection);
-    return pOld;
+}
+
+void* SystemFunction(const char* szLibrary, const char* szFunction)
+{
+    return reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleA(szLibrary), szFunction));
 }

@@ -8,58 +8,40 @@ namespace
 
 struct CMask
 {
-    const char* pattern;
-    const char* replacement;
+    std::wregex pattern;
+    const wchar_t* replacement;
 };
 
-const CMask s_masks[] = {
-    { "( File: [^ ]* Line: )[0-9]+( Evidence: )", "$1#$2" },
-    { "(Source: [^ ()]*\\()[0-9]+\\)", "$1#)" },
-    { "(More Info From [^ ()]*\\()[0-9]+\\)", "$1#)" },
-    { "( \\[[^ :\\[\\]]+:)[0-9]+(\\] \\^)", "$1#$2" },
-    { "\\b(pIn|pOut|pDoc|m_spNode): -?[0-9]+", "$1: #" },
-    { "( id=\")[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\"", "$1#\"" },
-    { "( timestamp=\")[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.000\"", "$1#\"" },
-};
-
-template <class Char>
-struct CCompiledMask
+const std::vector<CMask>& Masks()
 {
-    std::basic_regex<Char> pattern;
-    std::basic_string<Char> replacement;
-};
-
-template <class Char>
-std::vector<CCompiledMask<Char>> CompileMasks()
-{
-    std::vector<CCompiledMask<Char>> masks;
-    for (const CMask& mask : s_masks)
-    {
-        const std::string pattern = mask.pattern;
-        const std::string replacement = mask.replacement;
-        masks.push_back({ std::basic_regex<Char>(pattern.begin(), pattern.end()),
-                          std::basic_string<Char>(replacement.begin(), replacement.end()) });
-    }
-    return masks;
-}
-
-template <class Char>
-std::basic_string<Char> MaskAll(std::basic_string<Char> text)
-{
-    static const std::vector<CCompiledMask<Char>> masks = CompileMasks<Char>(); // compiling them takes milliseconds
-    for (const CCompiledMask<Char>& mask : masks)
-        text = std::regex_replace(text, mask.pattern, mask.replacement);
-    return text;
+    static const std::vector<CMask> s_masks = {
+        // compiling them takes milliseconds
+        { std::wregex(L"( File: [^ ]* Line: )[0-9]+( Evidence: )"), L"$1#$2" },
+        { std::wregex(L"((Source: |More Info From )[^ ()]*\\()[0-9]+\\)"), L"$1#)" },
+        { std::wregex(L"( \\[[^ :\\[\\]]+:)[0-9]+(\\] \\^)"), L"$1#$2" },
+        { std::wregex(L"\\b(pIn|pOut|pDoc|m_spNode): -?[0-9]+"), L"$1: #" },
+        { std::wregex(L"( id=\")[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\""), L"$1#\"" },
+        { std::wregex(L"( timestamp=\")[0-9]{4}(-[0-9]{2}){2}T[0-9]{2}(:[0-9]{2}){2}\\.000\""), L"$1#\"" },
+    };
+    return s_masks;
 }
 
 } // namespace
 
-std::string Masked(const std::string& text)
+std::wstring Masked(std::wstring text)
 {
-    return MaskAll(text);
+    for (const CMask& mask : Masks())
+        text = std::regex_replace(text, mask.pattern, mask.replacement);
+    return text;
 }
 
-std::wstring Masked(const std::wstring& text)
+std::string Masked(const std::string& text)
 {
-    return MaskAll(text);
+    std::wstring wide; // a byte a unit, and back
+    for (const char c : text)
+        wide += static_cast<unsigned char>(c);
+    std::string masked;
+    for (const wchar_t c : Masked(wide))
+        masked += static_cast<char>(c);
+    return masked;
 }

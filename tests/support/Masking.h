@@ -7,4 +7,4 @@
 /// (pIn, pOut, pDoc, m_spNode), the id of a settings document and the time stamp of a status document. An id or a time
 /// stamp that does not have its exact form stays as it is. Meant for transcripts and documents of ordinary size.
 std::string Masked(const std::string& text);
-std::wstring Masked(const std::wstring& text);
+std::wstring Masked(std::wstring text);

@@ -1,8 +1,8 @@
+#include "Platform/Control.h"
 #include "ResourceCounts.h"
 
-#include "Platform/Control.h"
-
-CResourceCounts CountResources()
+std::string CountResources()
 {
-    return { OvPlatform::OpenHandles(), OvPlatform::LiveComObjects(), OvPlatform::LiveBstrs() };
+    return std::to_string(OvPlatform::OpenHandles()) + " handles, " + std::to_string(OvPlatform::LiveComObjects()) +
+           " COM objects, " + std::to_string(OvPlatform::LiveBstrs()) + " BSTRs";
 }

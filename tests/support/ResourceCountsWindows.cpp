@@ -2,7 +2,7 @@
 
 // Windows counts a process's handles, but the runtime that the tests run under answers 0, and it counts neither COM
 // objects nor BSTRs: leaks are found on the native target, where the same sources run.
-CResourceCounts CountResources()
+std::string CountResources()
 {
-    return { 0, 0, 0 };
+    return "not counted";
 }

@@ -1,5 +1,6 @@
 #include "RevisionRecord.h"
 
+#include "ovCore/OvUtf16.h"
 #include "OvPlatform.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,13 @@ const wchar_t s_szPath[] = L"SOFTWARE\\Trevok\\Trevok Patch Agent";
 const wchar_t s_szName[] = L"PolicyRevId";
 
 } // namespace
+
+bool RevisionKeyExists()
+{
+    HKEY hKey = nullptr;
+    const LONG lResult = ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, s_szPath, 0, KEY_READ | KEY_WOW64_64KEY, &hKey);
+    return lResult == ERROR_SUCCESS && ::RegCloseKey(hKey) == ERROR_SUCCESS;
+}
 
 std::optional<std::wstring> StoredRevision()
 {
@@ -25,34 +33,16 @@ std::optional<std::wstring> StoredRevision()
     if (lResult != ERROR_SUCCESS)
         return std::nullopt;
     EXPECT_EQ(DWORD{ REG_SZ }, dwType);
-    std::wstring wzText; // registry data is packed UTF-16, whatever the width of wchar_t is
-    for (DWORD i = 0; i + 1 < dwSize && (data[i] != 0 || data[i + 1] != 0); i += 2)
-        wzText += static_cast<wchar_t>(data[i] | data[i + 1] << 8);
-    return wzText;
+    return OvUnpackUtf16(data, dwSize / 2).c_str();
 }
 
-void StoreRevision(const std::optional<std::wstring>& wzRevId)
+void StoreRevision(const std::wstring& wzRevId, DWORD dwType)
 {
     HKEY hKey = nullptr;
     ASSERT_EQ(ERROR_SUCCESS, ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szPath, 0, nullptr, 0,
                                                KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, &hKey, nullptr));
-    if (wzRevId)
-    {
-        std::string data;
-        for (const wchar_t c : *wzRevId + L'\0')
-        {
-            data += static_cast<char>(c & 0xFF);
-            data += static_cast<char>(c >> 8 & 0xFF);
-        }
-        EXPECT_EQ(ERROR_SUCCESS, ::RegSetValueExW(hKey, s_szName, 0, REG_SZ, reinterpret_cast<const BYTE*>(data.data()),
-                                                  static_cast<DWORD>(data.size())));
-    }
-    else
-        ::RegDeleteValueW(hKey, s_szName);
+    std::vector<BYTE> data(2 * wzRevId.size() + 2);
+    OvPackUtf16(wzRevId.c_str(), wzRevId.size() + 1, data.data());
+    EXPECT_EQ(ERROR_SUCCESS, ::RegSetValueExW(hKey, s_szName, 0, dwType, data.data(), static_cast<DWORD>(data.size())));
     ::RegCloseKey(hKey);
-}
-
-void RemoveRevisionKey()
-{
-    ::RegDeleteKeyExW(HKEY_LOCAL_MACHINE, s_szPath, KEY_WOW64_64KEY, 0);
 }
