@@ -1,8 +1,11 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads reliability format check-format clean
+.PHONY: help run test windows test-windows sanitize threads reliability format check-format clean bench
 
 JOBS ?= $(shell nproc)
+CORE ?= 0
+REPETITIONS ?= 9
+ROWS ?= .
 
 # $(call build,PRESET[,TARGET]): configures a preset and builds it, or the one target.
 build = cmake --preset $(1) >build/$(1).configure.log || { cat build/$(1).configure.log; exit 1; }; \
@@ -41,6 +44,14 @@ reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
 	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|Soak)'
 
+bench: setup-bench  ## the library beside its peers; renews the tables of docs/performance.md (half an hour, one core)
+	@$(call build,bench,bench)
+	@OVPLATFORM_REGISTRY=:memory: taskset -c $(CORE) build/bench/bin/bench --benchmark_enable_random_interleaving=true \
+	    --benchmark_repetitions=$(REPETITIONS) --benchmark_min_time=0.05 --benchmark_filter='$(ROWS)' \
+	    --benchmark_out=build/bench/results.json --benchmark_out_format=json >build/bench/results.log
+	@bench/table build/bench/results.json docs/performance.md
+	@echo "bench: the tables are in docs/performance.md"
+
 format: setup-format  ## formats every source
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
 
@@ -48,4 +59,4 @@ check-format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root
-	@rm -rf build/native build/windows build/sanitize build/threads
+	@rm -rf build/native build/windows build/sanitize build/threads build/bench

@@ -130,7 +130,16 @@ std::optional<CCodePageTable> CCodePageTable::Load(UINT nCodePage)
         return std::nullopt;
     table.StandInForUndefined(PrivateUnits(nCodePage));
     table.Invert(source);
+    table.m_bKeepsAscii = table.FindKeepsAscii();
     return table;
+}
+
+bool CCodePageTable::FindKeepsAscii() const
+{
+    bool bKeeps = true;
+    for (BYTE nByte = 0; nByte < 0x80; ++nByte)
+        bKeeps = bKeeps && !IsLead(nByte) && UnitOf(nByte) == nByte && CharacterOf(nByte) == nByte;
+    return bKeeps;
 }
 
 void CCodePageTable::LoadSingles(CSource& source)

@@ -33,6 +33,9 @@ public:
     /// The character of a unit, as for UnitOf; 0 when the page lacks it, and for U+0000.
     WORD CharacterOf(wchar_t nUnit) const { return m_characters[static_cast<WORD>(nUnit)]; }
 
+    /// Whether each character of ASCII is a single byte of the same number.
+    bool KeepsAscii() const { return m_bKeepsAscii; }
+
     static constexpr wchar_t Undefined = 0xFFFD;
 
 private:
@@ -43,12 +46,14 @@ private:
     bool LoadPairs(CSource& source);            ///< false: characters take more than two bytes
     void StandInForUndefined(wchar_t nPrivate); ///< bytes above 0x9F: nPrivate and up, unless it is 0
     void Invert(CSource& source);
+    bool FindKeepsAscii() const;
 
     std::vector<wchar_t> m_units; // 256, or 65536 of a double-byte page
     std::vector<WORD> m_characters;
     std::bitset<256> m_leads;
     std::bitset<256> m_trails;
     std::bitset<256> m_defined;
+    bool m_bKeepsAscii = true;
 };
 
 } // namespace OvPlatform

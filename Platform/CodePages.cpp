@@ -1,11 +1,13 @@
 #include "CodePages.h"
 
+#include "AsciiBlocks.h"
 #include "CodePageBestFit.h"
 #include "CodePageTable.h"
 #include "Control.h"
 #include "Guard.h"
 #include "Utf8.h"
 
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <cstring>
@@ -95,6 +97,18 @@ public:
         ++m_nCount;
     }
 
+    /// The same for a block of ASCII.
+    template <class From>
+    void PutAscii(const From* p)
+    {
+        if (m_nCount + AsciiBlock <= m_nRoom)
+            CopyAsciiBlock(p, m_p + m_nCount);
+        else
+            for (size_t i = 0; i < AsciiBlock && m_nCount + i < m_nRoom; ++i)
+                m_p[m_nCount + i] = static_cast<T>(p[i]);
+        m_nCount += AsciiBlock;
+    }
+
     /// The call's result.
     int Result() const
     {
@@ -109,13 +123,30 @@ private:
     size_t m_nCount = 0;
 };
 
+/// Hands the text's blocks of ASCII to output, if the page leaves them as they are, and what is between them, at most a
+/// block at a time, to other, which returns where it stopped: not before the end that it is given.
+template <class From, class To, class Other>
+void ConvertByBlocks(std::basic_string_view<From> text, bool bAsciiStays, COutput<To>& output, Other&& other)
+{
+    for (size_t i = 0; i < text.size();)
+    {
+        const size_t nEnd = std::min(text.size(), i + AsciiBlock);
+        if (bAsciiStays && nEnd - i == AsciiBlock && IsAsciiBlock(text.data() + i))
+        {
+            output.PutAscii(text.data() + i);
+            i = nEnd;
+        }
+        else
+            i = other(i, nEnd);
+    }
+}
+
 /// Whether every byte was one of the page.
 bool DecodeTable(const CPage& page, std::string_view text, COutput<wchar_t>& output)
 {
     const CCodePageTable& table = *page.table;
     bool bValid = true;
-    for (size_t i = 0; i < text.size(); ++i)
-    {
+    const auto decodeOne = [&](size_t i) {
         const auto nByte = static_cast<BYTE>(text[i]);
         wchar_t nUnit = table.UnitOf(nByte);
         bool bDefined = table.IsDefined(nByte);
@@ -130,7 +161,13 @@ bool DecodeTable(const CPage& page, std::string_view text, COutput<wchar_t>& out
         }
         output.Put(nUnit == CCodePageTable::Undefined && !bDefined ? page.Replacement() : nUnit);
         bValid = bValid && bDefined;
-    }
+        return i + 1;
+    };
+    ConvertByBlocks(text, table.KeepsAscii(), output, [&](size_t i, size_t nEnd) {
+        while (i < nEnd)
+            i = decodeOne(i);
+        return i;
+    });
     return bValid;
 }
 
@@ -159,8 +196,7 @@ std::string_view DefaultText(LPCSTR pDefaultChar, bool bDoubleByte)
 
 void EncodeTable(const CPage& page, std::wstring_view text, CDefaults& defaults, COutput<char>& output)
 {
-    for (const wchar_t nUnit : text)
-    {
+    const auto encodeOne = [&](wchar_t nUnit) {
         const WORD nCharacter = page.table->CharacterOf(nUnit);
         const char nSimilar = nCharacter == 0 && nUnit != 0 && defaults.bBestFit ? BestFit1252(nUnit) : '\0';
         if (nCharacter > 0xFF)
@@ -171,7 +207,12 @@ void EncodeTable(const CPage& page, std::wstring_view text, CDefaults& defaults,
             output.Put(nSimilar);
         else
             defaults.Put(output);
-    }
+    };
+    ConvertByBlocks(text, page.table->KeepsAscii(), output, [&](size_t i, size_t nEnd) {
+        for (; i < nEnd; ++i)
+            encodeOne(text[i]);
+        return nEnd;
+    });
 }
 
 /// The text of a call's length argument, -1 of which stands for the text with its NUL; empty is refused by the caller.

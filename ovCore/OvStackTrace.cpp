@@ -61,9 +61,12 @@ COvStackTrace::~COvStackTrace()
     ::DeleteCriticalSection(&m_cs);
 }
 
-COvStackTrace* COvStackTrace::Get() noexcept
+std::atomic<COvStackTrace*> COvStackTrace::s_pTracer{ nullptr };
+
+COvStackTrace* COvStackTrace::Make() noexcept
 {
     static COvStackTrace tracer;
+    s_pTracer.store(&tracer, std::memory_order_release);
     return &tracer;
 }
 

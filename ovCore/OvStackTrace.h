@@ -3,6 +3,7 @@
 
 #include "OvPlatform.h"
 
+#include <atomic>
 #include <deque>
 #include <map>
 #include <string>
@@ -25,7 +26,11 @@ public:
     COvStackTrace& operator=(const COvStackTrace&) = delete;
 
     /// The process's tracer, never null; gone at the process's end, after which no scope may be opened.
-    static COvStackTrace* Get() noexcept;
+    static COvStackTrace* Get() noexcept
+    {
+        COvStackTrace* const pTracer = s_pTracer.load(std::memory_order_acquire);
+        return pTracer != nullptr ? pTracer : Make();
+    }
 
     bool IsOn() const noexcept { return m_nMode != 0; }
 
@@ -52,6 +57,9 @@ private:
     using CFrameStack = std::deque<CFrame>;
 
     CFrameStack* FindOrMakeStack();
+    static COvStackTrace* Make() noexcept;
+
+    static std::atomic<COvStackTrace*> s_pTracer; // null until the first call of Get()
 
     CRITICAL_SECTION m_cs;                    // guards the map and the last dump
     std::map<DWORD, CFrameStack> m_mapStacks; // by thread id; entries stay
@@ -68,8 +76,11 @@ public:
     /// @param pTracer     may be null: the scope is inactive.
     COvStackTraceScope(const wchar_t* szFunction, const wchar_t* szFile, LONG nLine, COvStackTrace* pTracer) noexcept
     {
-        if (pTracer != nullptr && pTracer->IsOn() && pTracer->Push(szFunction, szFile, nLine, &m_nDepth))
-            m_pTracer = pTracer;
+        LONG nDepth = 0; // not the member: the address of that would keep it in memory while the tracer is off
+        if (pTracer == nullptr || !pTracer->IsOn() || !pTracer->Push(szFunction, szFile, nLine, &nDepth))
+            return;
+        m_nDepth = nDepth;
+        m_pTracer = pTracer;
     }
 
     /// Removes the scope's frame and any frame above it that an exception left behind.

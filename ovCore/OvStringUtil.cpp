@@ -97,7 +97,10 @@ std::string COvStringUtil::WideToNarrow(const std::wstring& s)
         if (nWritten < 0)
             throw COvStdException("iActualBufferSize < 0");
         if (nWritten > 0 || ::GetLastError() != ERROR_INSUFFICIENT_BUFFER)
-            return buffer.substr(0, static_cast<size_t>(nWritten));
+        {
+            buffer.resize(static_cast<size_t>(nWritten));
+            return buffer;
+        }
     }
 }
 

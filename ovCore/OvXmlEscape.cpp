@@ -5,6 +5,7 @@
 #include "OVTemplates.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace
 {
@@ -12,6 +13,27 @@ namespace
 const wchar_t s_szSource[] = L"ovCore\\OvXmlDocument";
 constexpr size_t MIN_FACTOR = 2;
 constexpr LONG MAX_ATTEMPTS = 10;
+
+size_t LengthOf(std::wstring_view text)
+{
+    return EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
+}
+
+/// Copies a text piece by piece, each looked through just before, so that a long one goes through the cache once.
+/// @return whether there is nothing in it to escape; else the copy is of no use.
+bool CopyWhileClean(std::wstring_view text, std::wstring& strCopy)
+{
+    constexpr size_t PIECE = 4096;
+    for (size_t nDone = 0; nDone < text.size(); nDone += PIECE)
+    {
+        const std::wstring_view piece = text.substr(nDone, PIECE);
+        if (LengthOf(piece) != piece.size()) // whatever is escaped becomes longer
+            return false;
+        strCopy.reserve(text.size());
+        strCopy.append(piece);
+    }
+    return true;
+}
 
 /// Escapes in a buffer of the input's length times a factor, plus 1. The factor and the count of attempts go up
 /// together from the least factor on; the attempts that are known to be too small for nEscaped units count as made.
@@ -44,9 +66,11 @@ std::wstring COvXmlEscape::Escape(const std::wstring& strToEncode)
     COvStackTraceScope scope(L"COvXmlEscape::Escape", s_szSource, __LINE__, COvStackTrace::Get());
     try
     {
-        const size_t nEscaped = EscapeXML(strToEncode.data(), strToEncode.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
-        const bool bClean = nEscaped == strToEncode.size(); // whatever is escaped becomes longer
-        return bClean ? strToEncode : EscapeInAttempts(strToEncode, nEscaped);
+        std::wstring strClean;
+        if (CopyWhileClean(strToEncode, strClean))
+            return strClean;
+        strClean = std::wstring(); // gives the memory back
+        return EscapeInAttempts(strToEncode, LengthOf(strToEncode));
     }
     catch (const COvBaseException&)
     {

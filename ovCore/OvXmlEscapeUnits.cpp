@@ -1,154 +1,127 @@
 #include "OvXmlEscape.h"
 
+#include "OvXmlPieces.h"
+
 #include <algorithm>
-#include <iterator>
+#include <cstring>
 #include <new>
-#include <string_view>
 
 namespace
 {
 
+constexpr ptrdiff_t PIECE_ROOM = PAIR_LENGTH; // what a unit or a pair takes at most
+
 bool IsHighSurrogate(uint32_t c)
 {
-    return c >= 0xD800 && c <= 0xDBFF;
+    return (c & 0xFFFFFC00) == 0xD800;
 }
 
 bool IsLowSurrogate(uint32_t c)
 {
-    return c >= 0xDC00 && c <= 0xDFFF;
+    return (c & 0xFFFFFC00) == 0xDC00;
 }
 
-/// What escaping makes of a markup character; empty for every other unit.
-std::wstring_view Entity(uint32_t c, bool bQuotes)
+uint32_t UnitAt(const wchar_t* p)
 {
-    switch (c)
-    {
-    case L'&':
-        return L"&amp;";
-    case L'<':
-        return L"&lt;";
-    case L'>':
-        return L"&gt;";
-    case L'"':
-        return bQuotes ? L"&quot;" : std::wstring_view();
-    case L'\'':
-        return bQuotes ? L"&apos;" : std::wstring_view();
-    default:
-        return std::wstring_view();
-    }
+    return static_cast<uint32_t>(*p);
 }
 
-/// The units that are copied as they are.
-class CPlainUnits
+/// Whether a surrogate pair begins at p.
+bool IsPair(const wchar_t* p, const wchar_t* pEnd)
 {
-public:
-    explicit constexpr CPlainUnits(bool bQuotes) : m_bPlain()
-    {
-        for (unsigned c = 0x20; c <= 0x7E; ++c)
-            m_bPlain[c] = c != '&' && c != '<' && c != '>' && !(bQuotes && (c == '"' || c == '\''));
-    }
+    return IsHighSurrogate(UnitAt(p)) && p + 1 != pEnd && IsLowSurrogate(UnitAt(p + 1));
+}
 
-    const wchar_t* EndOfRun(const wchar_t* p, const wchar_t* pEnd) const
-    {
-        while (p != pEnd && static_cast<uint32_t>(*p) < std::size(m_bPlain) && m_bPlain[*p])
-            ++p;
-        return p;
-    }
-
-private:
-    bool m_bPlain[0x80];
+/// How far a text is escaped, and what was written.
+struct CPlace
+{
+    const wchar_t* p;
+    wchar_t* pOut;
 };
 
-constexpr CPlainUnits s_plainButQuotes(true);
-constexpr CPlainUnits s_plainWithQuotes(false);
-
-/// Takes the escaped text piece by piece: counts all of it and writes what fits.
-class CEscapeOutput
+/// Escapes the next unit, or the pair that begins there. Needs room for PIECE_ROOM units.
+inline CPlace EscapeOne(CPlace place, const wchar_t* pEnd, const CPieces& pieces)
 {
-public:
-    CEscapeOutput(wchar_t* pOut, size_t nOut) : m_pOut(pOut), m_nRemaining(static_cast<int64_t>(nOut)) {}
-
-    /// Plain units, each of which is a piece of its own.
-    void AddPlain(const wchar_t* p, size_t n)
+    const uint32_t c = UnitAt(place.p);
+    if (c < ASCII_UNITS)
     {
-        const int64_t nFits = std::clamp<int64_t>(m_nRemaining, 0, static_cast<int64_t>(n));
-        if (m_pOut != nullptr)
-            m_pOut = std::copy_n(p, nFits, m_pOut);
-        Count(n);
+        std::memcpy(place.pOut, pieces.units[c], sizeof(pieces.units[c]));
+        return { place.p + 1, place.pOut + pieces.lengths[c] };
     }
-
-    void AddEntity(std::wstring_view entity)
-    {
-        if (Fits(entity.size()))
-            m_pOut = std::copy(entity.begin(), entity.end(), m_pOut);
-        Count(entity.size());
-    }
-
-    /// A hexadecimal reference with nDigits digits.
-    void AddReference(uint32_t nCode, unsigned nDigits)
-    {
-        const size_t nLength = REFERENCE_MARKS + nDigits;
-        if (Fits(nLength))
-        {
-            m_pOut = std::copy_n(L"&#x", 3, m_pOut);
-            for (unsigned nShift = nDigits * 4; nShift != 0; nShift -= 4)
-                *m_pOut++ = L"0123456789ABCDEF"[nCode >> (nShift - 4) & 0xF];
-            *m_pOut++ = L';';
-        }
-        Count(nLength);
-    }
-
-    /// The units of everything added.
-    uint64_t Total() const { return m_nTotal; }
-
-    /// Whether everything was written.
-    bool IsWhole() const { return m_nRemaining >= 0; }
-
-private:
-    static constexpr size_t REFERENCE_MARKS = 4; // "&#x" and ";"
-
-    bool Fits(size_t n) const { return m_pOut != nullptr && m_nRemaining >= static_cast<int64_t>(n); }
-
-    void Count(size_t n)
-    {
-        m_nTotal += n;
-        m_nRemaining -= static_cast<int64_t>(n);
-    }
-
-    wchar_t* m_pOut; // where the next piece goes
-    int64_t m_nRemaining;
-    uint64_t m_nTotal = 0;
-};
-
-/// Adds the unit at p, which is not a plain one, or the pair that begins there. @return the unit after it.
-const wchar_t* AddSpecial(const wchar_t* p, const wchar_t* pEnd, bool bQuotes, CEscapeOutput& output)
-{
-    const uint32_t c = static_cast<uint32_t>(*p++);
-    if (IsHighSurrogate(c) && p != pEnd && IsLowSurrogate(static_cast<uint32_t>(*p)))
-    {
-        output.AddReference((c - 0xD800) * 0x400 + (static_cast<uint32_t>(*p++) - 0xDC00) + 0x10000, 6);
-        return p;
-    }
-    const std::wstring_view entity = Entity(c, bQuotes);
-    if (entity.empty())
-        output.AddReference(c, 4);
-    else
-        output.AddEntity(entity);
-    return p;
+    if (!IsPair(place.p, pEnd))
+        return { place.p + 1, WriteReference<4>(place.pOut, c) };
+    const uint32_t nCode = (c - 0xD800) * 0x400 + (UnitAt(place.p + 1) - 0xDC00) + 0x10000;
+    return { place.p + 2, WriteReference<6>(place.pOut, nCode) };
 }
 
-void AddText(const wchar_t* p, size_t n, bool bQuotes, CEscapeOutput& output)
+/// What escaping the text takes.
+uint64_t EscapedLength(const wchar_t* p, const wchar_t* const pEnd, const CPieces& pieces)
 {
-    const CPlainUnits& plain = bQuotes ? s_plainButQuotes : s_plainWithQuotes;
-    const wchar_t* const pEnd = p + n;
+    uint64_t nTotal = 0;
     while (p != pEnd)
     {
-        const wchar_t* const pRun = p;
-        p = plain.EndOfRun(p, pEnd);
-        output.AddPlain(pRun, static_cast<size_t>(p - pRun));
-        if (p != pEnd)
-            p = AddSpecial(p, pEnd, bQuotes, output);
+        const size_t nBlock = pEnd - p >= UNITS_IN_BLOCK ? BlockLength(p, pieces) : 0;
+        if (nBlock != 0)
+        {
+            nTotal += nBlock;
+            p += UNITS_IN_BLOCK;
+            continue;
+        }
+        for (const wchar_t* const pStop = p + std::min(UNITS_IN_BLOCK, pEnd - p); p < pStop;)
+        {
+            const bool bPair = IsPair(p, pEnd);
+            nTotal += UnitAt(p) < ASCII_UNITS ? pieces.lengths[UnitAt(p)] : bPair ? PAIR_LENGTH : REFERENCE_LENGTH;
+            p += bPair ? 2 : 1;
+        }
     }
+    return nTotal;
+}
+
+/// Escapes block by block while there is plenty of text and of room, so that pieces may be copied with the zeros behind
+/// them: what follows overwrites those.
+CPlace EscapeBlocks(CPlace place, const wchar_t* pEnd, const CPieces& pieces, const wchar_t* pOutEnd)
+{
+    constexpr ptrdiff_t FOLLOWING = REFERENCE_LENGTH;
+    constexpr ptrdiff_t ROOM = (UNITS_IN_BLOCK + 1) * REFERENCE_LENGTH + 2 * PIECE_ROOM;
+    while (pEnd - place.p >= UNITS_IN_BLOCK + FOLLOWING && pOutEnd - place.pOut >= ROOM)
+    {
+        const wchar_t* const pStop = place.p + UNITS_IN_BLOCK;
+        const size_t nBlock = BlockLength(place.p, pieces);
+        if (nBlock == UNITS_IN_BLOCK) // nothing in it becomes longer
+            place = { pStop, std::copy(place.p, pStop, place.pOut) };
+        else if (nBlock != 0)
+            for (; place.p != pStop; ++place.p)
+            {
+                std::memcpy(place.pOut, pieces.units[UnitAt(place.p)], sizeof(pieces.units[0]));
+                place.pOut += pieces.lengths[UnitAt(place.p)];
+            }
+        while (place.p < pStop)
+            place = EscapeOne(place, pEnd, pieces);
+    }
+    return place;
+}
+
+/// Escapes piece by piece. @return whether everything fitted.
+bool EscapePieces(CPlace& place, const wchar_t* pEnd, const CPieces& pieces, const wchar_t* pOutEnd)
+{
+    const wchar_t* p = place.p;
+    wchar_t* pOut = place.pOut;
+    while (p != pEnd)
+    {
+        if (UnitAt(p) < ASCII_UNITS && pieces.lengths[UnitAt(p)] == 1 && pOut != pOutEnd)
+        {
+            *pOut++ = *p++;
+            continue;
+        }
+        wchar_t piece[PIECE_ROOM];
+        const CPlace next = EscapeOne({ p, piece }, pEnd, pieces);
+        if (next.pOut - piece > pOutEnd - pOut)
+            return false;
+        pOut = std::copy<const wchar_t*>(piece, next.pOut, pOut);
+        p = next.p;
+    }
+    place = { p, pOut };
+    return true;
 }
 
 } // namespace
@@ -157,10 +130,15 @@ size_t EscapeXML(const wchar_t* pIn, size_t nIn, wchar_t* pOut, size_t nOut, DWO
 {
     if (pIn == nullptr)
         _com_issue_error(E_FAIL);
-    CEscapeOutput output(pOut, nOut);
-    AddText(pIn, nIn, (dwFlags & ESCAPE_ATTRIBUTE) != 0, output);
-    const size_t nTotal = static_cast<size_t>(output.Total());
-    if (nTotal != output.Total())
-        throw std::bad_alloc(); // more than the address space holds
-    return pOut == nullptr || output.IsWhole() ? nTotal : 0;
+    const CPieces& pieces = (dwFlags & ESCAPE_ATTRIBUTE) != 0 ? PIECES_WITH_QUOTES : PIECES_WITHOUT_QUOTES;
+    const wchar_t* const pEnd = pIn + nIn;
+    if (pOut == nullptr)
+    {
+        const uint64_t nTotal = EscapedLength(pIn, pEnd, pieces);
+        if (nTotal > static_cast<size_t>(-1))
+            throw std::bad_alloc(); // more than the address space holds
+        return static_cast<size_t>(nTotal);
+    }
+    CPlace place = EscapeBlocks({ pIn, pOut }, pEnd, pieces, pOut + nOut);
+    return EscapePieces(place, pEnd, pieces, pOut + nOut) ? static_cast<size_t>(place.pOut - pOut) : 0;
 }

@@ -1,282 +1,314 @@
 #include "OvXmlWriterNode.h"
 
 #include "OvXmlEscape.h"
+#include "OvXmlPieces.h"
 
 #include <algorithm>
 #include <cstring>
-#include <cwchar>
 #include <new>
+#include <string_view>
 
 namespace
 {
 
-constexpr size_t MIN_BLOCK = 4 * 1024;
-constexpr size_t MAX_BLOCK = 256 * 1024;
+constexpr size_t MAX_BLOCK = 64 * 1024; // units
+constexpr size_t SHORT_VALUE = 64;      // units; of a longer one the escaped length is found out before room is made
+constexpr size_t MAX_ESCAPED = REFERENCE_LENGTH; // units that one unit can become
 
 bool StandsInStartTag(COvXmlWriterNodeType nType)
 {
     return nType == typeAttr || nType == typeNameSpace;
 }
 
-/// The value string, the one that may be escaped.
-const COvXmlWriterText& ValueOf(const COvXmlWriterNode& node)
+/// What stands around the two strings of a node other than the document and elements.
+struct CMarks
 {
-    return node.strings[StandsInStartTag(node.nType) ? 1 : 0];
-}
-
-void Link(COvXmlWriterList& list, COvXmlWriterNode* pNode)
-{
-    (list.pLast != nullptr ? list.pLast->pNext : list.pFirst) = pNode;
-    list.pLast = pNode;
-}
-
-/// Adds up the lengths of the pieces of a rendering.
-class CPieceCounter
-{
-public:
-    void Piece(const wchar_t*, size_t nLength) { m_nTotal += nLength; }
-    void Escaped(const COvXmlWriterText&, size_t nEscaped) { m_nTotal += nEscaped; }
-    uint64_t Total() const { return m_nTotal; }
-
-private:
-    uint64_t m_nTotal = 0;
+    std::wstring_view before;
+    std::wstring_view between;
+    std::wstring_view after;
 };
 
-/// Writes the pieces of a rendering one after the other to memory that a counter has found to suffice.
-class CPieceWriter
+CMarks MarksOf(COvXmlWriterNodeType nType, bool bEmptyName)
 {
-public:
-    explicit CPieceWriter(wchar_t* pOut) : m_pOut(pOut) {}
-    void Piece(const wchar_t* pText, size_t nLength) { m_pOut = std::copy_n(pText, nLength, m_pOut); }
-
-    void Escaped(const COvXmlWriterText& text, size_t nEscaped)
-    {
-        m_pOut += EscapeXML(text.pText, text.nLength, m_pOut, nEscaped, ESCAPE_ATTRIBUTE);
-    }
-
-private:
-    wchar_t* m_pOut;
-};
-
-template <class Output, size_t N>
-void Mark(Output& output, const wchar_t (&szMark)[N])
-{
-    output.Piece(szMark, N - 1);
-}
-
-template <class Output>
-void String(Output& output, const COvXmlWriterText& text)
-{
-    output.Piece(text.pText, text.nLength);
-}
-
-template <class Output>
-void Value(Output& output, const COvXmlWriterNode& node)
-{
-    const COvXmlWriterText& text = ValueOf(node);
-    if (node.nValueLength == text.nLength)
-        String(output, text); // nothing in it to escape: that only ever adds
-    else
-        output.Escaped(text, node.nValueLength);
-}
-
-template <class Output>
-void QualifiedName(Output& output, const COvXmlWriterNode& node)
-{
-    if (node.strings[1].pText != nullptr)
-    {
-        String(output, node.strings[1]);
-        Mark(output, L":");
-    }
-    String(output, node.strings[0]);
-}
-
-template <class Output>
-void Instruction(Output& output, const COvXmlWriterNode& node)
-{
-    Mark(output, L"<?");
-    String(output, node.strings[0]);
-    Mark(output, L" ");
-    String(output, node.strings[1]);
-    Mark(output, L"?>");
-}
-
-/// An attribute or a namespace declaration.
-template <class Output>
-void Attribute(Output& output, const COvXmlWriterNode& node)
-{
-    Mark(output, L" ");
-    if (node.nType == typeNameSpace)
-        Mark(output, L"xmlns");
-    if (node.nType == typeNameSpace && node.strings[0].nLength != 0)
-        Mark(output, L":");
-    String(output, node.strings[0]);
-    Mark(output, L"=\"");
-    Value(output, node);
-    Mark(output, L"\"");
-}
-
-template <class Output>
-void CData(Output& output, const COvXmlWriterNode& node)
-{
-    Mark(output, L"<![CDATA[");
-    String(output, node.strings[0]);
-    Mark(output, L"]]>");
-}
-
-/// The part of a node before its children and, of an element, without what else stands in the start tag.
-template <class Output>
-void Head(Output& output, const COvXmlWriterNode& node)
-{
-    switch (node.nType)
+    switch (nType)
     {
     case typePI:
-        Instruction(output, node);
-        break;
-    case typeElemStart:
-        Mark(output, L"<");
-        QualifiedName(output, node);
-        break;
+        return { L"<?", L" ", L"?>" };
     case typeAttr:
+        return { L" ", L"=\"", L"\"" };
     case typeNameSpace:
-        Attribute(output, node);
-        break;
+        return { bEmptyName ? L" xmlns" : L" xmlns:", L"=\"", L"\"" };
     case typeCData:
-        CData(output, node);
-        break;
-    case typeStr:
-        Value(output, node);
-        break;
-    case typeDocStart:
-    case typeComment:
-        break;
+        return { L"<![CDATA[", L"", L"]]>" };
+    default:
+        return {};
     }
 }
 
-template <class Output>
-void EndOfStartTag(Output& output)
+std::wstring_view ViewOf(const wchar_t* sz)
 {
-    Mark(output, L">");
+    return sz != nullptr ? std::wstring_view(sz) : std::wstring_view();
 }
 
-template <class Output>
-void EndTag(Output& output, const COvXmlWriterNode& node)
+/// Copies a text. Most are short, and a call for each would cost more than the copy. @return the end.
+inline wchar_t* Put(wchar_t* p, std::wstring_view text)
 {
-    Mark(output, L"</");
-    QualifiedName(output, node);
-    Mark(output, L">");
-}
-
-/// The length of what a node adds to the rendering, its children not counted.
-uint64_t RenderedLength(const COvXmlWriterNode& node)
-{
-    CPieceCounter counter;
-    Head(counter, node);
-    if (node.nType == typeElemStart)
+    constexpr size_t STEP = 4;
+    constexpr size_t SHORT_TEXT = 32;
+    const size_t n = text.size();
+    const wchar_t* const pText = text.data();
+    if (n > SHORT_TEXT)
+        return std::copy_n(pText, n, p);
+    if (n < STEP)
     {
-        EndOfStartTag(counter);
-        EndTag(counter, node);
+        for (size_t i = 0; i < n; ++i)
+            p[i] = pText[i];
+        return p + n;
     }
-    return counter.Total();
+    for (size_t i = 0; i < n - STEP; i += STEP)
+        std::memcpy(p + i, pText + i, STEP * sizeof(wchar_t));
+    std::memcpy(p + n - STEP, pText + n - STEP, STEP * sizeof(wchar_t));
+    return p + n;
 }
 
-void WriteWithAttributes(CPieceWriter& writer, const COvXmlWriterNode& node)
+/// Copies a text if there is nothing in it to escape. @param p  has room for the text and a block more.
+/// @return the end; null when it must be escaped.
+inline wchar_t* PutIfClean(wchar_t* p, std::wstring_view text)
 {
-    Head(writer, node);
-    for (const COvXmlWriterNode* p = node.attributes.pFirst; p != nullptr; p = p->pNext)
-        Head(writer, *p);
-    if (node.nType == typeElemStart)
-        EndOfStartTag(writer);
+    static constexpr std::wstring_view BLANKS = L"                ";
+    static_assert(BLANKS.size() == UNITS_IN_BLOCK);
+    wchar_t* const pEnd = Put(p, text);
+    std::memcpy(pEnd, BLANKS.data(), BLANKS.size() * sizeof(wchar_t)); // so that the last block is a whole one
+    for (; p < pEnd; p += UNITS_IN_BLOCK)
+        if (BlockLength(p, PIECES_WITH_QUOTES) != UNITS_IN_BLOCK)
+            return nullptr;
+    return pEnd;
 }
 
-/// The node to write after pNode and all below it; writes the end tags in between. Null at the end of the document.
-const COvXmlWriterNode* EndAndStep(CPieceWriter& writer, const COvXmlWriterNode* pNode)
+/// A value, as it will be rendered.
+class CValue
 {
-    for (; pNode->nType != typeDocStart; pNode = pNode->pParent)
+public:
+    CValue(std::wstring_view text, bool bEscape) : m_text(text), m_bEscape(bEscape), m_nMost(text.size())
     {
-        if (pNode->nType == typeElemStart)
-            EndTag(writer, *pNode);
-        if (pNode->pNext != nullptr)
-            return pNode->pNext;
+        m_bShort = text.size() <= SHORT_VALUE;
+        if (bEscape && m_bShort)
+            m_nMost = std::max<size_t>(text.size() * MAX_ESCAPED, text.size() + UNITS_IN_BLOCK);
+        else if (bEscape)
+            m_nMost = EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
     }
-    return nullptr;
+
+    /// The units that it takes at most.
+    uint64_t Most() const { return m_nMost; }
+
+    /// @param p  has room for Most(). @return the end.
+    wchar_t* Write(wchar_t* p) const
+    {
+        if (!m_bEscape)
+            return Put(p, m_text);
+        wchar_t* const pEnd = m_bShort ? PutIfClean(p, m_text) : nullptr;
+        return pEnd != nullptr ? pEnd : p + EscapeXML(m_text.data(), m_text.size(), p, m_nMost, ESCAPE_ATTRIBUTE);
+    }
+
+private:
+    std::wstring_view m_text;
+    bool m_bEscape;
+    bool m_bShort;
+    size_t m_nMost;
+};
+
+/// A node other than the document and elements: its text and the room that it takes.
+class CPlainNode
+{
+public:
+    CPlainNode(COvXmlWriterNodeType nType, const wchar_t* sz0, const wchar_t* sz1, bool bEscape)
+        : m_name(sz1 != nullptr ? ViewOf(sz0) : std::wstring_view()),
+          m_marks(MarksOf(nType, m_name.empty())),
+          m_value(ViewOf(sz1 != nullptr ? sz1 : sz0), bEscape)
+    {
+    }
+
+    uint64_t Most() const
+    {
+        return m_marks.before.size() + m_name.size() + m_marks.between.size() + m_value.Most() + m_marks.after.size();
+    }
+
+    wchar_t* Write(wchar_t* p) const
+    {
+        p = Put(Put(Put(p, m_marks.before), m_name), m_marks.between);
+        return Put(m_value.Write(p), m_marks.after);
+    }
+
+    std::wstring Text() const
+    {
+        if (Most() > std::wstring().max_size())
+            throw std::bad_alloc();
+        std::wstring text(static_cast<size_t>(Most()), L'\0');
+        text.resize(static_cast<size_t>(Write(text.data()) - text.data()));
+        return text;
+    }
+
+private:
+    std::wstring_view m_name;
+    CMarks m_marks;
+    CValue m_value;
+};
+
+constexpr std::wstring_view START_TAG_END = L">";
+constexpr std::wstring_view END_TAG_START = L"</";
+
+std::wstring_view NameOf(const COvXmlWriterNode& node)
+{
+    return { node.pName, node.nNameLength };
+}
+
+/// The end tag, and the start tag's end if that is missing.
+size_t EndLength(const COvXmlWriterNode& node)
+{
+    return node.nNameLength + END_TAG_START.size() + (node.bInStartTag ? 2 : 1);
+}
+
+wchar_t* PutEnd(wchar_t* p, const COvXmlWriterNode& node)
+{
+    if (node.bInStartTag)
+        p = Put(p, START_TAG_END);
+    return Put(Put(Put(p, END_TAG_START), NameOf(node)), START_TAG_END);
 }
 
 } // namespace
 
-COvXmlWriterTree::COvXmlWriterTree() : m_pDocument(NewNode(typeDocStart)) {}
-
 COvXmlWriterNode* COvXmlWriterTree::Append(COvXmlWriterNode* pParent, COvXmlWriterNodeType nType, const wchar_t* sz0,
                                            const wchar_t* sz1, bool bEscape)
 {
-    COvXmlWriterNode* const pNode = NewNode(nType);
-    pNode->pParent = pParent;
-    pNode->strings[0] = CopyText(sz0);
-    pNode->strings[1] = CopyText(sz1);
-    pNode->dwFlags = bEscape ? COvXmlWriterNode::FLAG_ESCAPE : 0;
-    const COvXmlWriterText& value = ValueOf(*pNode);
-    pNode->nValueLength = bEscape ? EscapeXML(value.pText, value.nLength, nullptr, 0, ESCAPE_ATTRIBUTE) : value.nLength;
+    EndElementsIn(pParent);
+    if (nType == typeElemStart)
+        return AppendElement(pParent, sz0, sz1);
+    const CPlainNode node(nType, sz0, sz1, bEscape);
+    const bool bAttribute = StandsInStartTag(nType);
+    if (bAttribute && !pParent->bInStartTag)
+    {
+        m_lateAttributes.emplace(pParent->nStartTagEnd, node.Text());
+        return nullptr;
+    }
+    wchar_t* p = Room(START_TAG_END.size() + node.Most());
+    if (!bAttribute)
+        p = EndStartTag(p, *pParent);
+    m_pEnd = node.Write(p);
+    return nullptr;
+}
 
-    m_nRendered += RenderedLength(*pNode);
-    Link(StandsInStartTag(nType) ? pParent->attributes : pParent->children, pNode);
-    return pNode;
+COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName,
+                                                  const wchar_t* szPrefix)
+{
+    const std::wstring_view name = ViewOf(szName);
+    const std::wstring_view prefix = ViewOf(szPrefix);
+    wchar_t* p = Room(uint64_t(3) + prefix.size() + name.size()); // and the parent's ">", "<" and ":"
+    COvXmlWriterNode& node = SpareElement();
+    p = EndStartTag(p, *pParent);
+    *p++ = L'<';
+    const wchar_t* const pName = p;
+    if (szPrefix != nullptr)
+        p = Put(Put(p, prefix), L":");
+    p = Put(p, name);
+    node = { typeElemStart, pParent, pName, static_cast<size_t>(p - pName), true, 0 };
+    m_pLast = &node;
+    m_pEnd = p;
+    return &node;
+}
+
+/// An element's node to be filled. When that fails nothing is changed.
+COvXmlWriterNode& COvXmlWriterTree::SpareElement()
+{
+    if (m_pSpare != nullptr)
+    {
+        COvXmlWriterNode& node = *m_pSpare;
+        m_pSpare = node.pParent;
+        return node;
+    }
+    if (m_nFirstElements < FIRST_ELEMENTS)
+        return m_firstElements[m_nFirstElements++];
+    return *m_moreElements.emplace_back(std::make_unique<COvXmlWriterNode>());
+}
+
+void COvXmlWriterTree::EndElementsIn(const COvXmlWriterNode* pParent)
+{
+    while (m_pLast != pParent)
+    {
+        m_pEnd = PutEnd(Room(EndLength(*m_pLast)), *m_pLast);
+        COvXmlWriterNode* const pEnded = m_pLast;
+        m_pLast = pEnded->pParent;
+        pEnded->pParent = m_pSpare;
+        m_pSpare = pEnded;
+    }
+}
+
+wchar_t* COvXmlWriterTree::EndStartTag(wchar_t* p, COvXmlWriterNode& node) const
+{
+    if (!node.bInStartTag)
+        return p;
+    node.bInStartTag = false;
+    node.nStartTagEnd = m_nFull + static_cast<size_t>(p - m_pBlock);
+    return Put(p, START_TAG_END);
 }
 
 std::wstring COvXmlWriterTree::Render() const
 {
-    if (m_pDocument->children.pFirst == nullptr)
-        return std::wstring();
+    const uint64_t nLength = RenderedLength();
     std::wstring result;
-    if (m_nRendered > result.max_size())
+    if (nLength > result.max_size())
         throw std::bad_alloc();
-    result.resize(static_cast<size_t>(m_nRendered));
-    CPieceWriter writer(result.data());
-    for (const COvXmlWriterNode* p = m_pDocument->children.pFirst; p != nullptr;)
-    {
-        WriteWithAttributes(writer, *p);
-        p = p->children.pFirst != nullptr ? p->children.pFirst : EndAndStep(writer, p);
-    }
+    result.reserve(static_cast<size_t>(nLength));
+    auto late = m_lateAttributes.begin();
+    uint64_t nPlace = 0; // in the text, of the block's first unit
+    const auto addBlock = [&](const wchar_t* pUnits, size_t nUsed) {
+        size_t nDone = 0;
+        for (; late != m_lateAttributes.end() && late->first < nPlace + nUsed; ++late)
+        {
+            const size_t nUpTo = static_cast<size_t>(late->first - nPlace);
+            result.append(pUnits + nDone, nUpTo - nDone).append(late->second);
+            nDone = nUpTo;
+        }
+        result.append(pUnits + nDone, nUsed - nDone);
+        nPlace += nUsed;
+    };
+    if (!m_blocks.empty())
+        addBlock(m_first.data(), m_nFirstUsed);
+    for (size_t i = 0; i + 1 < m_blocks.size(); ++i)
+        addBlock(m_blocks[i].pUnits.get(), m_blocks[i].nUsed);
+    addBlock(m_pBlock, static_cast<size_t>(m_pEnd - m_pBlock));
+    for (const COvXmlWriterNode* p = m_pLast; p->pParent != nullptr; p = p->pParent)
+        result.append(p->bInStartTag ? L"></" : L"</").append(NameOf(*p)).append(START_TAG_END);
     return result;
 }
 
-COvXmlWriterNode* COvXmlWriterTree::NewNode(COvXmlWriterNodeType nType)
+uint64_t COvXmlWriterTree::RenderedLength() const
 {
-    COvXmlWriterNode* const pNode = new (Allocate(sizeof(COvXmlWriterNode))) COvXmlWriterNode{};
-    pNode->nType = nType;
-    return pNode;
+    uint64_t nLength = m_nFull + static_cast<size_t>(m_pEnd - m_pBlock);
+    for (const auto& late : m_lateAttributes)
+        nLength += late.second.size();
+    for (const COvXmlWriterNode* p = m_pLast; p->pParent != nullptr; p = p->pParent)
+        nLength += EndLength(*p);
+    return nLength;
 }
 
-COvXmlWriterText COvXmlWriterTree::CopyText(const wchar_t* sz)
+/// Room in one piece at the end of the text. It counts for nothing until m_pEnd is moved.
+wchar_t* COvXmlWriterTree::Room(uint64_t nUnits)
 {
-    if (sz == nullptr)
-        return { nullptr, 0 };
-    const size_t nLength = std::wcslen(sz);
-    wchar_t* const pText = static_cast<wchar_t*>(Allocate(nLength * sizeof(wchar_t)));
-    std::memcpy(pText, sz, nLength * sizeof(wchar_t));
-    return { pText, nLength };
+    if (nUnits > m_nBlockSize - static_cast<size_t>(m_pEnd - m_pBlock))
+        AddBlock(nUnits);
+    return m_pEnd;
 }
 
-void* COvXmlWriterTree::Allocate(size_t nBytes)
+void COvXmlWriterTree::AddBlock(uint64_t nUnits)
 {
-    constexpr size_t ALIGNMENT = alignof(COvXmlWriterNode);
-    nBytes = (nBytes + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
-    if (nBytes > MIN_BLOCK)
-        return NewBlock(nBytes); // a long text gets a block of its own, and the one in use stays in use
-    if (nBytes > m_nFree)
-    {
-        const size_t nBlock = std::clamp(m_nBlock * 2, MIN_BLOCK, MAX_BLOCK);
-        m_pFree = NewBlock(nBlock);
-        m_nFree = m_nBlock = nBlock;
-    }
-    std::byte* const pResult = m_pFree;
-    m_pFree += nBytes;
-    m_nFree -= nBytes;
-    return pResult;
-}
-
-std::byte* COvXmlWriterTree::NewBlock(size_t nBytes)
-{
-    std::unique_ptr<std::byte[]> pBlock(new std::byte[nBytes]);
-    m_blocks.push_back(std::move(pBlock));
-    return m_blocks.back().get();
+    const uint64_t nSize = std::max<uint64_t>(nUnits, std::clamp(m_nBlockSize * 2, FIRST_BLOCK, MAX_BLOCK));
+    if (nSize > static_cast<size_t>(-1) / sizeof(wchar_t))
+        throw std::bad_alloc();
+    std::unique_ptr<wchar_t[]> pUnits(new wchar_t[static_cast<size_t>(nSize)]);
+    m_blocks.push_back({ std::move(pUnits), 0 });
+    const size_t nUsed = static_cast<size_t>(m_pEnd - m_pBlock);
+    (m_blocks.size() == 1 ? m_nFirstUsed : m_blocks[m_blocks.size() - 2].nUsed) = nUsed;
+    m_nFull += nUsed;
+    m_pBlock = m_pEnd = m_blocks.back().pUnits.get();
+    m_nBlockSize = static_cast<size_t>(nSize);
 }

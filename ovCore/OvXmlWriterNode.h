@@ -1,10 +1,12 @@
-// The tree that COvXmlWriter builds and renders.
+// The document that COvXmlWriter builds and renders.
 #pragma once
 
 #include "OvPlatform.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,55 +24,39 @@ enum COvXmlWriterNodeType : int32_t
     typeStr = 7        ///< strings: text
 };
 
-/// A text in the tree's memory, not terminated.
-struct COvXmlWriterText
-{
-    const wchar_t* pText; ///< null: the node does not hold this string
-    size_t nLength;       ///< in UTF-16 units
-};
-
-struct COvXmlWriterNode;
-
-/// Nodes in the order in which they were added; linked through pNext.
-struct COvXmlWriterList
-{
-    COvXmlWriterNode* pFirst;
-    COvXmlWriterNode* pLast;
-};
-
-/// One node. It lives in the memory of its tree and owns nothing.
+/// A node that can be open: the document or an element. The others leave nothing but their text.
 struct COvXmlWriterNode
 {
-    static constexpr DWORD FLAG_ESCAPE = 1; ///< the value string is escaped when it is rendered
-
     COvXmlWriterNodeType nType;
-    DWORD dwFlags;
     COvXmlWriterNode* pParent; ///< null for the document
-    COvXmlWriterNode* pNext;
-    COvXmlWriterText strings[2];
-    size_t nValueLength;         ///< of the value string as it is rendered, in UTF-16 units
-    COvXmlWriterList attributes; ///< attributes and namespaces, which stand in the start tag
-    COvXmlWriterList children;   ///< all others
+    const wchar_t* pName;      ///< with the prefix, in the document's memory; not terminated
+    size_t nNameLength;        ///< in UTF-16 units
+    bool bInStartTag;          ///< the start tag lacks its end, so that attributes can follow
+    uint64_t nStartTagEnd;     ///< what stands before that end, in UTF-16 units, once it is there
 };
 
-/// A document node with all nodes below it, in a few blocks of memory that are freed together.
+/// A document with all nodes in it, kept as the text that it is rendered to. The text is written once, in the order of
+/// the nodes, into a few blocks of memory; what belongs into a start tag that has been ended is kept beside it.
 /// One thread at a time.
 class COvXmlWriterTree
 {
 public:
     /// An empty document.
-    COvXmlWriterTree();
+    COvXmlWriterTree() {} // leaves the memory for nodes and text as it is
 
     COvXmlWriterTree(const COvXmlWriterTree&) = delete;
     COvXmlWriterTree& operator=(const COvXmlWriterTree&) = delete;
     ~COvXmlWriterTree() = default;
 
     /// The document node.
-    COvXmlWriterNode* Document() { return m_pDocument; }
+    COvXmlWriterNode* Document() { return &m_document; }
 
     /// Adds a node behind the parent's others and copies its strings.
+    /// @param pParent   the document or an element that is still open. What was opened in it is closed by this.
     /// @param sz0, sz1  the strings that the node's type asks for; null for one that it does not hold.
-    /// @return the node, the tree's. Raises std::bad_alloc; the tree is then as it was.
+    /// @param bEscape   the value, which is the last string, is escaped.
+    /// @return the node, the tree's, of an element, valid until it is closed; null of any other node.
+    /// Raises std::bad_alloc; the document is then as it was.
     COvXmlWriterNode* Append(COvXmlWriterNode* pParent, COvXmlWriterNodeType nType, const wchar_t* sz0,
                              const wchar_t* sz1, bool bEscape);
 
@@ -78,15 +64,35 @@ public:
     std::wstring Render() const;
 
 private:
-    COvXmlWriterNode* NewNode(COvXmlWriterNodeType nType);
-    COvXmlWriterText CopyText(const wchar_t* sz);
-    void* Allocate(size_t nBytes);
-    std::byte* NewBlock(size_t nBytes);
+    struct CBlock
+    {
+        std::unique_ptr<wchar_t[]> pUnits;
+        size_t nUsed; // once it is full
+    };
 
-    std::vector<std::unique_ptr<std::byte[]>> m_blocks;
-    std::byte* m_pFree = nullptr; // what is left of the block in use
-    size_t m_nFree = 0;
-    size_t m_nBlock = 0; // size of the block in use
-    COvXmlWriterNode* m_pDocument = nullptr;
-    uint64_t m_nRendered = 0; // the length of the whole rendering
+    static constexpr size_t FIRST_BLOCK = 1024; // units: a short document, and the depth of most, takes no memory
+    static constexpr size_t FIRST_ELEMENTS = 8; // but the tree's own
+
+    COvXmlWriterNode* AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName, const wchar_t* szPrefix);
+    COvXmlWriterNode& SpareElement();
+    void EndElementsIn(const COvXmlWriterNode* pParent);
+    wchar_t* EndStartTag(wchar_t* p, COvXmlWriterNode& node) const;
+    wchar_t* Room(uint64_t nUnits);
+    void AddBlock(uint64_t nUnits);
+    uint64_t RenderedLength() const;
+
+    std::vector<CBlock> m_blocks;       // those after the first one
+    size_t m_nFirstUsed = 0;            // of the first block, once it is full
+    wchar_t* m_pBlock = m_first.data(); // the block in use
+    wchar_t* m_pEnd = m_first.data();   // of the text in it
+    size_t m_nBlockSize = FIRST_BLOCK;
+    uint64_t m_nFull = 0;                                   // the length of the text in the full blocks
+    std::multimap<uint64_t, std::wstring> m_lateAttributes; // by the place in the text before which they stand
+    COvXmlWriterNode m_document{};
+    COvXmlWriterNode* m_pLast = &m_document; // the innermost of those without an end tag as yet
+    COvXmlWriterNode* m_pSpare = nullptr;    // the elements that have one, linked by their parents, to be used again
+    size_t m_nFirstElements = 0;             // of m_firstElements, those that have been used
+    std::vector<std::unique_ptr<COvXmlWriterNode>> m_moreElements;
+    std::array<COvXmlWriterNode, FIRST_ELEMENTS> m_firstElements;
+    std::array<wchar_t, FIRST_BLOCK> m_first;
 };
