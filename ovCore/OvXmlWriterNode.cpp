@@ -208,7 +208,10 @@ COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, con
     *p++ = L'<';
     const wchar_t* const pName = p;
     if (szPrefix != nullptr)
-        p = Put(Put(p, prefix), L":");
+    {
+        p = Put(p, prefix);
+        *p++ = L':';
+    }
     p = Put(p, name);
     node = { typeElemStart, pParent, pName, static_cast<size_t>(p - pName), true, 0 };
     m_pLast = &node;
