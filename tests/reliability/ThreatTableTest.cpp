@@ -1,9 +1,9 @@
 // Documents that are made to do harm, and what becomes of each with either parser. docs/security.md holds the same
 // table. The long form (OV_LONG) has huge texts of 64 MB and meets those that keep Wine's parser busy for long.
-#include "MemoryPeak.h"
 #include "ovCore/OvXmlDocument.h"
 #include "ovCore/OvXmlNodeList.h"
 #include "PatchAdapter/PatchAdapterFactory.h"
+#include "ProcessMemory.h"
 #include "TestFile.h"
 #include "tests/PatchAdapter/AdapterFixture.h"
 #include "Wine.h"
@@ -292,14 +292,14 @@ TEST_F(ThreatTable, EachDocumentMeetsItsVerdict)
     {
         if (IsWine() && threat.bSlowOnWine && std::getenv("OV_LONG") == nullptr)
             continue;
-        const CMemoryPeak peak;
+        const unsigned nPeakMb = PeakMemoryMb();
         const auto begin = std::chrono::steady_clock::now();
         const Verdict verdict = Meet(threat);
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
         EXPECT_EQ(Word(IsWine() ? threat.wine : threat.libxml2), Word(verdict)) << threat.what;
         EXPECT_FALSE(m_watch.m_bHarmed.exchange(false)) << threat.what;
         std::printf("%-36s %s %7.3f s %5u MB\n", threat.what.c_str(), Word(verdict).c_str(), time.count(),
-                    peak.RiseMb());
+                    PeakMemoryMb() - nPeakMb);
     }
     EXPECT_LE(4u, m_watch.m_nDirectives); // they came through as they are
     ::SetErrorInfo(0, nullptr);
