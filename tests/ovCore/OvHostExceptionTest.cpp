@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <thread>
@@ -70,7 +72,45 @@ LONG CALLBACK TakeWhatIsLeft(EXCEPTION_POINTERS* pPointers)
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
+/// Meets the fault on a thread of its own, while another one runs a worker's body.
+void FaultBesideAWorker(const std::function<void()>& fault)
+{
+    std::promise<void> running;
+    CTestWorker worker([&](CTestWorker& me) -> DWORD {
+        running.set_value();
+        me.WaitForStop();
+        return 0;
+    });
+    worker.Start(true);
+    running.get_future().wait();
+    std::thread(fault).join();
+}
+
+/// As a host that wants no debugger: the process ends with the fault's code.
+LONG WINAPI EndWithItsCode(EXCEPTION_POINTERS*)
+{
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+LONG WINAPI EndWithTheCount(EXCEPTION_POINTERS*)
+{
+    ::TerminateProcess(::GetCurrentProcess(), s_nSearched);
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
 } // namespace
+
+TEST(OvHostExceptionDeathTest, FaultsWithoutATranslatorEndTheProcessOrGoToTheHostsHandlers)
+{
+    ::SetUnhandledExceptionFilter(EndWithItsCode);
+    for (const CMachineFault& fault : MachineFaults())
+        EXPECT_EXIT(FaultBesideAWorker(fault.pfnFault), testing::ExitedWithCode(static_cast<int>(fault.dwCode)), "")
+            << fault.szName;
+    ::SetUnhandledExceptionFilter(EndWithTheCount);
+    const auto inForeignCode = [] { UnderForeignHandler([] { UnderForeignHandler(ReadNowhere); }); };
+    EXPECT_EXIT(FaultBesideAWorker(inForeignCode), testing::ExitedWithCode(2), ""); // each handler had its turn
+    ::SetUnhandledExceptionFilter(nullptr);
+}
 
 TEST(OvHostException, ArrivesAsOneOfOurs)
 {

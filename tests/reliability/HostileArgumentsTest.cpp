@@ -1,11 +1,11 @@
 // Every operation with arguments and callbacks that mean harm: afterwards the adapter works, on any thread.
+#include "HostileHost.h"
 #include "HostThrow.h"
 #include "ovCore/OvHostCall.h"
 #include "PatchAdapter/PatchAdapterFactory.h"
 #include "ProcessMemory.h"
 #include "tests/PatchAdapter/AdapterFixture.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <future>
 #include <optional>
@@ -13,44 +13,10 @@
 namespace
 {
 
-using Throw = void (*)();
-
-/// A host that throws in every call while it is told to. Keeps no text: there are large ones.
-class CHostile final : public ILogSink, public IStateObserver, public IStatusReceiver, public IConfigurationReceiver
-{
-public:
-    void LogError(const char*, ...) override { ++m_nErrors, MayThrow(); }
-    void LogWarning(const char*, ...) override { MayThrow(); }
-    void LogInfo(const char*, ...) override { MayThrow(); }
-    void LogDetail(const char*, ...) override { MayThrow(); }
-    void LogTrace(const char*, ...) override { MayThrow(); }
-    void OnStateChange(int32_t, const char*) override { Told(); }
-    void OnStatus(const char*) override { Told(); }
-    void OnConfiguration(const char*) override { Told(); }
-
-    std::atomic<Throw> m_pfnThrow = nullptr;
-    std::atomic<unsigned> m_nErrors = 0;
-    std::atomic<unsigned> m_nTold = 0; // documents
-    COvEvent m_told{ false, false, nullptr, nullptr };
-
-private:
-    void Told()
-    {
-        ++m_nTold;
-        m_told.SetEvent();
-        MayThrow();
-    }
-    void MayThrow() const
-    {
-        if (const Throw pfnThrow = m_pfnThrow)
-            pfnThrow();
-    }
-};
-
 const struct
 {
     const char* szWhat;
-    Throw pfnThrow;
+    void (*pfnThrow)();
 } s_throws[] = {
     { "a standard exception", [] { throw std::runtime_error("caf\xE9 %s%n"); } },
     { "one of ours", [] { throw COvException(E_INVALIDARG, L"Host", 1, COvEvidence(L"n", LONG{ 1 })); } },
@@ -81,7 +47,7 @@ protected:
     }
 
     /// Every operation that catches what callbacks throw. @param pValue  for those that look at no argument.
-    void CallAll(CHostile* pCallback, const char* szText, void* pValue)
+    void CallAll(CHostileHost* pCallback, const char* szText, void* pValue)
     {
         m_pAdapter->GetStatus(pCallback);
         m_pAdapter->RegisterStateObserver(pCallback);
@@ -108,7 +74,7 @@ protected:
         StoreRevision(L"old");
         auto told = std::async(std::launch::async, [&] {
             const CComApartment apartment;
-            CHostile other;
+            CHostileHost other;
             m_pAdapter->GetStatus(&other);
             m_pAdapter->RegisterStateObserver(&other);
             m_pAdapter->SetConfiguration(PolicyConfiguring("").c_str());
@@ -121,8 +87,8 @@ protected:
         EXPECT_EQ(L"rev-1", StoredRevision());
     }
 
-    CHostile m_log;
-    CHostile m_observer;
+    CHostileHost m_log;
+    CHostileHost m_observer;
     PatchAdapterFactory m_factory;
     IAdapter* m_pAdapter = nullptr;
 };
@@ -183,8 +149,8 @@ TEST_F(HostileArguments, CallbacksAndALogThatThrow)
     for (const auto& row : s_throws)
         for (const bool bLog : { false, true })
         {
-            CHostile callback;
-            CHostile& thrower = bLog ? m_log : callback;
+            CHostileHost callback;
+            CHostileHost& thrower = bLog ? m_log : callback;
             m_log.m_nErrors = 0;
             thrower.m_pfnThrow = row.pfnThrow;
             CallAll(&callback, policy.c_str(), nullptr);

@@ -11,37 +11,28 @@ namespace
 
 std::set<std::wstring> s_opened;
 
-void Note(const wchar_t* szCall, const wchar_t* szName, DWORD dwRights, const void* pSecurity)
+void Note(const wchar_t* szCall, const wchar_t* szName, DWORD dwRights)
 {
-    wchar_t rights[40] = {};
-    std::swprintf(rights, std::size(rights), L" 0x%X%ls", static_cast<unsigned>(dwRights),
-                  pSecurity != nullptr ? L" with a descriptor" : L"");
-    s_opened.insert(std::wstring(szCall) + L" " + szName + rights);
+    s_opened.insert(szCall + (L" " + std::to_wstring(dwRights & ~KEY_WOW64_64KEY)) + L" " + szName);
 }
 
 LSTATUS WINAPI CreateKey(HKEY hKey, LPCWSTR szKey, DWORD dwZero, LPWSTR szClass, DWORD dwOptions, REGSAM samDesired,
                          LPSECURITY_ATTRIBUTES pSecurity, PHKEY phKey, LPDWORD pdwDisposition)
 {
-    Note(L"create", szKey, samDesired & ~KEY_WOW64_64KEY, pSecurity);
+    Note(pSecurity == nullptr ? L"create" : L"create for others", szKey, samDesired);
     return ::RegCreateKeyExW(hKey, szKey, dwZero, szClass, dwOptions, samDesired, pSecurity, phKey, pdwDisposition);
 }
 
 LSTATUS WINAPI OpenKey(HKEY hKey, LPCWSTR szKey, DWORD dwOptions, REGSAM samDesired, PHKEY phKey)
 {
-    Note(L"open", szKey, samDesired & ~KEY_WOW64_64KEY, nullptr);
+    Note(L"open", szKey, samDesired);
     return ::RegOpenKeyExW(hKey, szKey, dwOptions, samDesired, phKey);
 }
 
 HMODULE WINAPI LoadEx(LPCWSTR szName, HANDLE hReserved, DWORD dwFlags)
 {
-    Note(L"load", szName, dwFlags, nullptr);
+    Note(L"load", szName, dwFlags);
     return ::LoadLibraryExW(szName, hReserved, dwFlags);
-}
-
-template <class Function>
-void Watch(HMODULE hLibrary, Function* pFunction, Function* pWrapper)
-{
-    ReplaceImport(hLibrary, reinterpret_cast<const void*>(pFunction), reinterpret_cast<const void*>(pWrapper));
 }
 
 } // namespace
@@ -55,9 +46,12 @@ TEST(LeastRights, KeysAndLibraries)
     CHostCallbacks callbacks;
     CAgentSimulator agent;
     agent.Start();
-    Watch(library.GetModule(), ::RegCreateKeyExW, CreateKey);
-    Watch(library.GetModule(), ::RegOpenKeyExW, OpenKey);
-    Watch(library.GetModule(), ::LoadLibraryExW, LoadEx);
+    ReplaceImport(library.GetModule(), reinterpret_cast<const void*>(::RegCreateKeyExW),
+                  reinterpret_cast<const void*>(CreateKey));
+    ReplaceImport(library.GetModule(), reinterpret_cast<const void*>(::RegOpenKeyExW),
+                  reinterpret_cast<const void*>(OpenKey));
+    ReplaceImport(library.GetModule(), reinterpret_cast<const void*>(::LoadLibraryExW),
+                  reinterpret_cast<const void*>(LoadEx));
     IAdapterFactory* const pFactory = library.MakeFactory();
     for (int i = 0; i < 2; ++i) // the second time there is a revision to be read
     {
@@ -68,15 +62,18 @@ TEST(LeastRights, KeysAndLibraries)
     }
     DeleteAdapterFactory(pFactory);
     EXPECT_EQ(NEW_REVISION, StoredRevision());
+    const std::wstring wzCreate = L"create " + std::to_wstring(KEY_ALL_ACCESS) + L" ";
+    const std::wstring wzOpen = L"open " + std::to_wstring(KEY_READ) + L" ";
+    const std::wstring wzLoad = L"load " + std::to_wstring(LOAD_LIBRARY_SEARCH_SYSTEM32) + L" ";
     const std::set<std::wstring> expected = {
-        L"create SOFTWARE\\Trevok\\Trevok Patch Agent 0xF003F", // the contract's KEY_ALL_ACCESS
-        L"open SOFTWARE\\Trevok\\Trevok Patch Agent 0x20019",   // KEY_READ
-        L"open SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion 0x20019",
-        L"open System\\CurrentControlSet\\Control\\Terminal Server 0x20019",
-        L"open System\\WPA\\MediaCenter 0x20019",
-        L"open System\\WPA\\TabletPC 0x20019",
-        L"load NTDLL.DLL 0x800", // from the system's folder alone
-        L"load kernel32.dll 0x800",
+        wzCreate + L"SOFTWARE\\Trevok\\Trevok Patch Agent",
+        wzOpen + L"SOFTWARE\\Trevok\\Trevok Patch Agent",
+        wzOpen + L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion",
+        wzOpen + L"System\\CurrentControlSet\\Control\\Terminal Server",
+        wzOpen + L"System\\WPA\\MediaCenter",
+        wzOpen + L"System\\WPA\\TabletPC",
+        wzLoad + L"NTDLL.DLL",
+        wzLoad + L"kernel32.dll",
     };
     EXPECT_EQ(expected, s_opened);
 }

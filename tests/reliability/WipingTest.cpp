@@ -20,6 +20,28 @@ constexpr size_t HEADER = 16; // before each block: its size
 std::atomic<unsigned> s_nFreed = 0;
 std::atomic<unsigned> s_nDirty = 0; // freed with something in them
 
+class Wiping : public CAdapterTest
+{
+};
+
+/// Does it with each allocation failing in its turn, and at last with none.
+void Exhaust(const std::function<void()>& work)
+{
+    bool bReached = true;
+    for (unsigned nFail = 1; bReached; ++nFail)
+    {
+        const CFailingNew failing(nFail);
+        try
+        {
+            work();
+        }
+        catch (...) // without memory
+        {
+        }
+        bReached = failing.Reached();
+    }
+}
+
 } // namespace
 
 [[gnu::noinline]] void* operator new[](size_t nBytes)
@@ -37,9 +59,8 @@ std::atomic<unsigned> s_nDirty = 0; // freed with something in them
     size_t nBytes = 0;
     std::memcpy(&nBytes, pBlock, sizeof nBytes);
     ++s_nFreed;
-    s_nDirty +=
-        nBytes != BUFSIZ && std::any_of(pBlock + HEADER, pBlock + HEADER + nBytes, [](char c) { return c != 0; }) ? 1u
-                                                                                                                  : 0u;
+    if (nBytes != BUFSIZ && std::any_of(pBlock + HEADER, pBlock + HEADER + nBytes, [](char c) { return c != 0; }))
+        ++s_nDirty;
     ::operator delete(pBlock);
 }
 
@@ -47,35 +68,6 @@ std::atomic<unsigned> s_nDirty = 0; // freed with something in them
 {
     operator delete[](p);
 }
-
-namespace
-{
-
-class Wiping : public CAdapterTest
-{
-protected:
-    /// Does it once, and then with each allocation failing in its turn.
-    template <class Work>
-    static void Exhaust(Work&& work)
-    {
-        work();
-        bool bReached = true;
-        for (unsigned nFail = 1; bReached; ++nFail)
-        {
-            const CFailingNew failing(nFail);
-            try
-            {
-                work();
-            }
-            catch (...) // without memory
-            {
-            }
-            bReached = failing.Reached();
-        }
-    }
-};
-
-} // namespace
 
 TEST_F(Wiping, LeavesNothingInFreedBuffers)
 {
