@@ -72,7 +72,10 @@ bool COvVersion::SetVersion(std::wstring strText)
     std::wstring strPart;
     for (size_t nBegin = 0; nBegin < strText.size() && m_nCount < MAX_PARTS; nBegin += strPart.size() + 1)
     {
-        strPart.assign(strText, nBegin, strText.find_first_of(L".,", nBegin) - nBegin);
+        size_t nEnd = nBegin;
+        while (nEnd < strText.size() && strText[nEnd] != L'.' && strText[nEnd] != L',')
+            ++nEnd;
+        strPart.assign(strText, nBegin, nEnd - nBegin);
         if (!COvStringUtil::IsNumeric(strPart, true))
             break;
         m_nParts[m_nCount++] = ReadPart(strPart);
