@@ -42,7 +42,7 @@ threads: setup-native  ## eight threads in the adapter, under the thread sanitiz
 
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
-	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|Soak)'
+	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|OvFault|Soak)'
 
 bench: setup-bench  ## the library beside its peers; renews the tables of docs/performance.md (half an hour, one core)
 	@$(call build,bench,bench)

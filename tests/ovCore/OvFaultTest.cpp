@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -46,6 +48,22 @@ std::wstring ErrorOf(const CMachineFault& fault, bool bAsync, COvCriticalSection
     EXPECT_EQ(s_hrFault, worker.m_hrError) << fault.szName;
     EXPECT_EQ(L"OvSehExceptionHandler", worker.m_strErrorFile) << fault.szName;
     return worker.m_strError;
+}
+
+/// Meets a fault with a lock held and something owned. @return the evidence of what came of it.
+std::wstring MeetOwning(const CMachineFault& fault, COvCriticalSection& section, std::shared_ptr<int> pOwned)
+{
+    try
+    {
+        const auto pMore = std::make_unique<std::shared_ptr<int>>(pOwned);
+        COvSingleLock lock(&section, true);
+        fault.pfnFault();
+    }
+    catch (const COvException& e)
+    {
+        return e.GetEvidence(nullptr);
+    }
+    return L"";
 }
 
 struct CThrown
@@ -95,10 +113,16 @@ TEST(OvFault, LeavesItsRecord)
         s_seen = { uCode, record.NumberParameters, record.ExceptionInformation[0], record.ExceptionInformation[1] };
         throw CThrown{ record.ExceptionCode };
     });
-    for (const ULONG_PTR nWriting : { 0, 1 })
+    const struct
     {
-        EXPECT_EQ(EXCEPTION_ACCESS_VIOLATION, FaultOf(MachineFaults()[nWriting].pfnFault));
-        EXPECT_EQ(std::vector<ULONG_PTR>({ EXCEPTION_ACCESS_VIOLATION, 2, nWriting, 8 }), s_seen); // address 8
+        ULONG_PTR nWriting;
+        ULONG_PTR nAddress;
+    } rows[] = { { 0, 8 }, { 1, 8 }, { 0, 0 } }; // of the first faults in the list
+    for (size_t n = 0; n < std::size(rows); ++n)
+    {
+        EXPECT_EQ(EXCEPTION_ACCESS_VIOLATION, FaultOf(MachineFaults()[n].pfnFault));
+        EXPECT_EQ(std::vector<ULONG_PTR>({ EXCEPTION_ACCESS_VIOLATION, 2, rows[n].nWriting, rows[n].nAddress }),
+                  s_seen);
     }
     ::_set_se_translator(nullptr);
 }
@@ -124,22 +148,31 @@ TEST(OvFault, MayComeWhileAnErrorIsHandled)
     EXPECT_EQ("before work error ", worker.m_strCalls);
 }
 
-TEST(OvFault, MayComeAgainOnManyThreads)
+TEST(OvFault, MayComeThousandsOfTimesOnFourWorkers)
 {
+    const int nEach = (std::getenv("OV_LONG") != nullptr ? 10'000 : 200) / 4; // of each fault, on each worker
+    COvCriticalSection section;
     std::atomic<int> nTranslated{ 0 };
-    std::vector<std::thread> threads;
+    const auto pOwned = std::make_shared<int>();
+    const unsigned nBefore = FaultCleanUps();
+    std::vector<std::unique_ptr<CTestWorker>> workers;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            for (int n = 0; n < 500; ++n)
-                for (const CMachineFault& fault : MachineFaults()) // the stack overflow last
+        workers.push_back(std::make_unique<CTestWorker>([&](CTestWorker&) -> DWORD {
+            for (int n = 0; n < nEach; ++n)
+                for (const CMachineFault& fault : MachineFaults())
                 {
-                    if (&fault == &MachineFaults().back() && n >= 3)
-                        continue;
-                    ::_set_se_translator(Throw); // gives the stack its guard back
-                    nTranslated += FaultOf(fault.pfnFault) == fault.dwCode ? 1 : 0;
+                    ::_set_se_translator(SEHtoExceptionTranslation); // gives the stack its guard back
+                    nTranslated += MeetOwning(fault, section, pOwned) == EvidenceOf(fault.dwCode) ? 1 : 0;
                 }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(4 * (500 * static_cast<int>(MachineFaults().size() - 1) + 3), nTranslated);
+            return 0;
+        }));
+    for (const auto& pWorker : workers)
+        pWorker->Start(true);
+    for (const auto& pWorker : workers)
+        pWorker->WaitForComplete(false);
+    const int nFaults = 4 * nEach * static_cast<int>(MachineFaults().size());
+    EXPECT_EQ(nFaults, nTranslated);
+    EXPECT_LT(static_cast<unsigned>(nFaults), FaultCleanUps() - nBefore);
+    EXPECT_EQ(1, pOwned.use_count());
+    std::thread([&] { COvSingleLock lock(&section, true); }).join();
 }

@@ -9,6 +9,7 @@ namespace
 volatile int s_nZero = 0;
 volatile bool s_bDeeper = true;
 volatile char* volatile s_pNowhere = reinterpret_cast<volatile char*>(8);
+volatile char* volatile s_pNull = nullptr;
 void (*volatile s_pfnNowhere)() = nullptr;
 
 std::atomic<unsigned> s_nCleanUps{ 0 };
@@ -33,6 +34,11 @@ private:
 // The fault itself lies in a function without a handler: what a compiler takes for a statement that cannot throw is not
 // in the tables of the function that holds it.
 #define FAULTING __attribute__((noinline, no_sanitize("undefined")))
+
+FAULTING void ReadNull()
+{
+    static_cast<void>(*s_pNull);
+}
 
 FAULTING void Write()
 {
@@ -103,6 +109,7 @@ const std::vector<CMachineFault>& MachineFaults()
     static const std::vector<CMachineFault> s_faults = {
         { "read", EXCEPTION_ACCESS_VIOLATION, Meet<ReadNowhere> },
         { "write", EXCEPTION_ACCESS_VIOLATION, Meet<Write> },
+        { "read of null", EXCEPTION_ACCESS_VIOLATION, Meet<ReadNull> },
         { "call", EXCEPTION_ACCESS_VIOLATION, Meet<Call> },
         { "integer division", EXCEPTION_INT_DIVIDE_BY_ZERO, Meet<Divide> },
         { "floating division", EXCEPTION_FLT_DIVIDE_BY_ZERO, Meet<DivideFloating> },
