@@ -56,8 +56,7 @@ endfunction()
 ov_header_version(version ${OV_CLI11}/CLI/Version.hpp CLI11_VERSION)
 ov_material(CLI11 "${version}" BSD-3-Clause https://github.com/CLIUtils/CLI11 STATIC_LINK)
 ov_notice(CLI11 libcli11-dev)
-find_file(OV_JSON_VERSION nlohmann/detail/abi_macros.hpp PATHS ${OV_JSON} NO_DEFAULT_PATH REQUIRED)
-ov_header_version(version ${OV_JSON_VERSION}
+ov_header_version(version ${OV_JSON}/nlohmann/detail/abi_macros.hpp
     NLOHMANN_JSON_VERSION_MAJOR NLOHMANN_JSON_VERSION_MINOR NLOHMANN_JSON_VERSION_PATCH)
 ov_material(nlohmann-json "${version}" MIT https://github.com/nlohmann/json STATIC_LINK)
 ov_notice(nlohmann-json nlohmann-json3-dev)
