@@ -1,6 +1,7 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads reliability format check-format clean bench install package doc
+.PHONY: help run test windows test-windows sanitize threads reliability bench install package doc format check-format \
+        clean
 
 JOBS ?= $(shell nproc)
 CORE ?= 0
@@ -61,6 +62,7 @@ install: setup-native  ## the library, the host tool, what a host is built with;
 package: setup-package  ## a .deb of the native build and a .zip of the one for Windows, in build/package
 	@$(call build,native,patchhost)
 	@$(call build,windows,patchhost)
+	@rm -rf build/package
 	@for target in native windows; do \
 	    cpack --config build/$$target/CPackConfig.cmake -B build/package >build/$$target.package.log || \
 	        { cat build/$$target.package.log; exit 1; }; \
