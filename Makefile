@@ -1,10 +1,12 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads reliability format check-format clean bench
+.PHONY: help run test windows test-windows sanitize threads reliability bench install package doc format check-format \
+        clean
 
 JOBS ?= $(shell nproc)
 CORE ?= 0
 REPETITIONS ?= 9
+PREFIX ?= /usr/local
 ROWS ?= .
 
 # $(call build,PRESET[,TARGET]): configures a preset and builds it, or the one target.
@@ -52,6 +54,27 @@ bench: setup-bench  ## the library beside its peers; renews the tables of docs/p
 	@bench/table build/bench/results.json docs/performance.md
 	@echo "bench: the tables are in docs/performance.md"
 
+install: setup-native  ## the library, the host tool, what a host is built with; to PREFIX, below DESTDIR
+	@$(call build,native,patchhost)
+	@DESTDIR='$(DESTDIR)' cmake --install build/native --prefix '$(PREFIX)' >build/install.log
+	@echo "install: the library and the host tool are in $(DESTDIR)$(PREFIX)"
+
+package: setup-package  ## a .deb of the native build and a .zip of the one for Windows, in build/package
+	@$(call build,native,patchhost)
+	@$(call build,windows,patchhost)
+	@rm -rf build/package
+	@for target in native windows; do \
+	    cpack --config build/$$target/CPackConfig.cmake -B build/package >build/$$target.package.log || \
+	        { cat build/$$target.package.log; exit 1; }; \
+	done
+	@rm -rf build/package/_CPack_Packages
+	@echo "package:" build/package/*
+
+doc: setup-doc  ## the reference of the public header, and a check of the manual page
+	@doxygen docs/Doxyfile
+	@mandoc -T lint -W warning docs/man/patchhost.1
+	@echo "doc: the reference is in build/reference/html/index.html"
+
 format: setup-format  ## formats every source
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 -i
 
@@ -59,4 +82,4 @@ check-format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root
-	@rm -rf build/native build/windows build/sanitize build/threads build/bench
+	@rm -rf build/native build/windows build/sanitize build/threads build/bench build/package build/reference

@@ -1,21 +1,23 @@
-// What a host includes to load the patch adapter and drive it. Copy this one file; it includes nothing of ours.
-//
-// Texts are NUL-terminated narrow strings in the system's ANSI code page. No interface is reference-counted.
-// On 32-bit Windows the interfaces follow the platform compiler's rules: virtual operations are __thiscall in the
-// order in which they stand here, variadic ones and the exported functions are __cdecl, and a virtual destructor takes
-// one slot. Elsewhere the order is the same and the platform's own convention holds.
+/// @file
+/// What a host includes to load the patch adapter and drive it. Copy this one file; it includes nothing of ours.
+///
+/// Texts are NUL-terminated narrow strings in the system's ANSI code page. No interface is reference-counted.
+/// On 32-bit Windows the interfaces follow the platform compiler's rules: virtual operations are __thiscall in the
+/// order in which they stand here, variadic ones and the exported functions are __cdecl, and a virtual destructor takes
+/// one slot. Elsewhere the order is the same and the platform's own convention holds.
 #pragma once
 
 #include <cstdint>
 
+/// Calling convention of the exported functions.
 #if defined(_WIN32)
 #define PATCHADAPTER_CDECL __cdecl
 #else
 #define PATCHADAPTER_CDECL
 #endif
 
-// GCC gives a virtual destructor two slots where the platform's own compiler gives it one. With GCC for Windows the
-// interfaces that a host destroys through therefore declare that one slot as an operation of its own.
+/// GCC gives a virtual destructor two slots where the platform's own compiler gives it one. With GCC for Windows the
+/// interfaces that a host destroys through therefore declare that one slot as an operation of its own.
 #if defined(_WIN32) && defined(__GNUC__)
 #define PATCHADAPTER_DESTRUCTOR_SLOT 1
 #else
@@ -100,7 +102,8 @@ public:
     /// nothing outside; but once its revision has been read, status documents show it. Null counts as an empty text.
     virtual void SetConfiguration(const char* configuration) = 0;
 
-    // Not implemented: each writes one line to the log and looks at no argument.
+    /// @{
+    /// Not implemented: writes one line to the log and looks at no argument.
     virtual void RegisterEventObserver(void* value) = 0;
     virtual void DeRegisterEventObserver(void* value) = 0;
     virtual void RegisterConfigStateObserver(void* value) = 0;
@@ -109,6 +112,7 @@ public:
     virtual void RegisterActionOutcomeObserver(void* value) = 0;
     virtual void DeRegisterActionOutcomeObserver(void* value) = 0;
     virtual void SetFeature(void* value) = 0;
+    /// @}
 
 #if PATCHADAPTER_DESTRUCTOR_SLOT
     /// The destructor's slot: destroys the object, frees it when bit 0 is set, returns its address.
@@ -169,9 +173,14 @@ typedef IAdapterFactory*(PATCHADAPTER_CDECL* GetAdapterFactory1_0Function)();
 /// Stores the plug-in interface version; nothing when either pointer is null. Any thread.
 typedef void(PATCHADAPTER_CDECL* GetAdapterVersionFunction)(uint32_t* major, uint32_t* minor);
 
+/// @{
+/// The name by which an exported function is found.
 #define PATCHADAPTER_GET_FACTORY_NAME "GetAdapterFactory1_0"
 #define PATCHADAPTER_GET_VERSION_NAME "GetAdapterVersion"
+/// @}
 
+/// @{
 /// The plug-in interface version that this header describes.
 #define PATCHADAPTER_INTERFACE_MAJOR 2u
 #define PATCHADAPTER_INTERFACE_MINOR 0u
+/// @}

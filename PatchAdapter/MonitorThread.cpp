@@ -46,9 +46,9 @@ DWORD CMonitorThread::DoWork()
     }
     catch (...)
     {
-        m_pTrace->Detail(InfoMsg(L"\"Monitor Thread unknown exception caught!\""));
+        m_pTrace->Detail(L"Info Msg", L"\"Monitor Thread unknown exception caught!\"");
     }
-    m_pTrace->Detail(InfoMsg(L"\"Monitor Thread exiting\""));
+    m_pTrace->Detail(L"Info Msg", L"\"Monitor Thread exiting\"");
     return 0;
 }
 
@@ -122,7 +122,7 @@ void CMonitorThread::NotifyObservers(LONG nValue)
     const COvSingleLock lock(m_pAdapter->GetObserverCS(), true);
     for (IStateObserver* pObserver : *m_pAdapter->GetStateObservers())
     {
-        m_pTrace->Info(InfoMsg(L"Notifying state observer of status change"));
+        m_pTrace->Info(L"Notifying state observer of status change");
         const std::string status = COvStringUtil::WideToNarrow(wzStatus);
         OvCallHost([&] { pObserver->OnStateChange(nValue, status.c_str()); });
     }

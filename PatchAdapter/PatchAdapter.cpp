@@ -62,11 +62,11 @@ void CPatchAdapter::AddObserver(IStateObserver* pObserver)
 {
     if (RefuseNull(pObserver, L"A null state observer was passed", s_szRegister))
         return;
-    m_Trace.Info(InfoMsg(L"Registering state observer"));
+    m_Trace.Info(L"Registering state observer");
     m_lstStateObservers.push_back(pObserver);
     std::wstring wzStatus;
     BuildStatusXml(wzStatus);
-    m_Trace.Info(InfoMsg(L"Notifying state observer"));
+    m_Trace.Info(L"Notifying state observer");
     const std::string status = COvStringUtil::WideToNarrow(wzStatus);
     OvCallHost([&] { pObserver->OnStateChange(1, status.c_str()); });
 }
@@ -151,6 +151,6 @@ const COvVersion& CPatchAdapter::GetBinaryVersion()
     if (!s_BinaryVersion.IsValid())
         throw COvException(E_FAIL, s_szSource, __LINE__,
                            InfoMsg(L"Unable to determine version of binary") + FunctionName(s_szGetBinaryVersion));
-    m_Trace.Detail(COvEvidence(L"version", s_BinaryVersion.AsStr()));
+    m_Trace.Detail(L"version", s_BinaryVersion.AsStr());
     return s_BinaryVersion;
 }

@@ -38,7 +38,7 @@ void PatchAdapterFactory::CreateAdapter(ILogSink* pSink)
 {
     if (g_bAdapterCreated)
         Refuse(__LINE__, L"Attempt was made to call the factory twice. It is already intialized", s_szInitialise);
-    m_Trace.Info(InfoMsg(L"Creating PatchAdapter"));
+    m_Trace.Info(L"Creating PatchAdapter");
     m_pAdapter = new CPatchAdapter(pSink);
     g_bAdapterCreated = true;
 }
@@ -55,7 +55,7 @@ void PatchAdapterFactory::DestroyAdapter(const IAdapter* pAdapter)
         Refuse(__LINE__, L"Adapter has not been initialized", s_szUninitialise);
     if (m_pAdapter == nullptr)
         return; // another factory's adapter exists
-    m_Trace.Info(InfoMsg(L"Destroying PatchAdapter"));
+    m_Trace.Info(L"Destroying PatchAdapter");
     if (pAdapter != m_pAdapter)
         Refuse(__LINE__,
                L"Passed Adapter reference was not created by this factory. Multiple adapter objects not supported in "

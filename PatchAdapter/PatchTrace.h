@@ -40,6 +40,23 @@ public:
     void Info(const COvEvidence& e) noexcept;
     void Detail(const COvEvidence& e) noexcept;
 
+    // The same for one item, which an unbound trace does not make.
+    template <class Value>
+    void Info(const wchar_t* szName, const Value& value) noexcept
+    {
+        if (m_pSink != nullptr)
+            Info(COvEvidence(szName, value));
+    }
+    template <class Value>
+    void Detail(const wchar_t* szName, const Value& value) noexcept
+    {
+        if (m_pSink != nullptr)
+            Detail(COvEvidence(szName, value));
+    }
+
+    /// The line of the one item "Info Msg".
+    void Info(const wchar_t* szSentence) noexcept { Info(L"Info Msg", szSentence); }
+
     // Kind 4: "Entering Function: <name>" and "Exiting Function: <name>".
     void Enter(const wchar_t* szName) noexcept;
     void Leave(const wchar_t* szName) noexcept;

@@ -27,7 +27,7 @@ void CreateRevisionKey(COvRegKey& key)
 bool CPatchAdapter::ProcessConfiguration()
 {
     const CPatchTraceScope scope(&m_Trace, L"CPatchAdapter::ProcessConfiguration");
-    m_Trace.Info(InfoMsg(L"Applying configuration"));
+    m_Trace.Info(L"Applying configuration");
     CPatchApi api(&m_Trace);
     if (!IsServiceRunning())
     {
@@ -36,7 +36,7 @@ bool CPatchAdapter::ProcessConfiguration()
     }
     if (m_nPolicyKind == PolicyKindPatch && !ApplyPolicy(api))
         return false;
-    m_Trace.Info(InfoMsg(L"Configuration successfully applied"));
+    m_Trace.Info(L"Configuration successfully applied");
     return true;
 }
 

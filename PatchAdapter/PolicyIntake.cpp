@@ -32,8 +32,8 @@ void CPatchAdapter::SetConfiguration(const char* pszConfiguration)
 {
     const CPatchTraceScope scope(&m_Trace, s_szSetConfiguration);
     GuardBoundary(m_Trace, s_szSource, s_szSetConfiguration, [&] {
-        m_Trace.Info(InfoMsg(L"Received configuration"));
-        m_Trace.Detail(COvEvidence(L"Configuration", pszConfiguration));
+        m_Trace.Info(L"Received configuration");
+        m_Trace.Detail(L"Configuration", pszConfiguration);
         LoadConfigurationXML(COvStringUtil::NarrowToWide(pszConfiguration));
         ProcessConfiguration();
     });
@@ -42,7 +42,7 @@ void CPatchAdapter::SetConfiguration(const char* pszConfiguration)
 void CPatchAdapter::LoadConfigurationXML(const std::wstring& strXML)
 {
     const CPatchTraceScope scope(&m_Trace, s_szLoadConfiguration);
-    m_Trace.Info(COvEvidence(L"Received configuration xml", strXML));
+    m_Trace.Info(L"Received configuration xml", strXML);
     COvXmlDocument document(nullptr, XmlParserBest);
     document.LoadXML(COvBstr(strXML).Get(), !s_bIsFile, s_bThrow, !s_bPreserveWhitespace);
     const COvXmlNodeList xmlPolicyNodes = document.GetChildNodes();
@@ -55,14 +55,14 @@ void CPatchAdapter::LoadConfigurationXML(const std::wstring& strXML)
     ReadChildren(xmlPolicyNodes[1], strXML);
     m_Trace.Info(COvEvidence(L"Revision", m_wzRevId) + COvEvidence(L"Policy Type", m_lPolicyType) +
                  COvEvidence(L"Group", m_wzGroup) + COvEvidence(L"Policy", m_wzPolicyName));
-    m_Trace.Info(InfoMsg(L"Loaded configuration xml"));
+    m_Trace.Info(L"Loaded configuration xml");
 }
 
 void CPatchAdapter::ReadMainNode(const COvXmlNode& mainNode, const std::wstring& strXML)
 {
     m_nPolicyKind = PolicyKindNone;
     const std::wstring strMainNodeName = BaseName(mainNode);
-    m_Trace.Detail(COvEvidence(L"Name", strMainNodeName));
+    m_Trace.Detail(L"Name", strMainNodeName);
     if (strMainNodeName == L"policy")
     {
         const std::wstring strPolicyTypeName = AttrText(mainNode, L"type");
@@ -89,7 +89,7 @@ void CPatchAdapter::ReadChildren(const COvXmlNode& mainNode, const std::wstring&
     for (const COvXmlNode& node : mainNode.GetChildNodes())
     {
         const std::wstring strNodeName = BaseName(node);
-        m_Trace.Detail(COvEvidence(L"strNodeName", strNodeName));
+        m_Trace.Detail(L"strNodeName", strNodeName);
         if (strNodeName == L"Comp")
         {
             bFoundComparisionNode = true;

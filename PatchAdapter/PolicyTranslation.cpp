@@ -61,7 +61,7 @@ struct CPatchAdapter::CTranslation
 
 void CPatchAdapter::TranslatePolicyXML(const COvXmlNode& configurationNode)
 {
-    m_Trace.Info(InfoMsg(L"Translating policy XML"));
+    m_Trace.Info(L"Translating policy XML");
     CTranslation translation;
     m_wzSettingsXml.clear();
     COvXmlWriter& writer = translation.writer;
@@ -83,7 +83,7 @@ void CPatchAdapter::TranslatePolicyXML(const COvXmlNode& configurationNode)
 void CPatchAdapter::TranslateChild(const COvXmlNode& node, CTranslation& translation)
 {
     const std::wstring strPolicyNodeName = BaseName(node);
-    m_Trace.Detail(COvEvidence(L"strPolicyNodeName", strPolicyNodeName));
+    m_Trace.Detail(L"strPolicyNodeName", strPolicyNodeName);
     if (strPolicyNodeName == L"policyType")
         m_wzPolicyName = AttrText(node, L"name");
     else if (strPolicyNodeName == L"assessment")
@@ -113,7 +113,7 @@ void CPatchAdapter::TranslateServerKey(const COvXmlNode& node, CTranslation& tra
         return;
     }
     translation.bServerKey = true;
-    m_Trace.Info(InfoMsg(L"Server public received through PYX policy"));
+    m_Trace.Info(L"Server public received through PYX policy");
     translation.settings.emplace(L"ServerPublicKey", COvStringUtil::FromBSTR(node.GetText()));
 }
 

@@ -71,19 +71,19 @@ bool CPatchAdapter::GetStatus(IStatusReceiver* pReceiver)
 
 void CPatchAdapter::ReportStatus(IStatusReceiver* pReceiver)
 {
-    m_Trace.Info(InfoMsg(L"Processing status request"));
+    m_Trace.Info(L"Processing status request");
     std::wstring wzStatus;
     const std::string status = COvStringUtil::WideToNarrow(BuildStatusXml(wzStatus));
     OvCallHost([&] { pReceiver->OnStatus(status.c_str()); });
-    m_Trace.Detail(COvEvidence(L"status xml", wzStatus));
-    m_Trace.Info(InfoMsg(L"Finished Creating Status XML"));
+    m_Trace.Detail(L"status xml", wzStatus);
+    m_Trace.Info(L"Finished Creating Status XML");
 }
 
 std::wstring& CPatchAdapter::BuildStatusXml(std::wstring& wzStatus)
 {
     const COvSingleLock lock(&m_csStatus, true);
     const CServiceStatus status = GatherStatus();
-    m_Trace.Info(InfoMsg(L"Creating Status XML"));
+    m_Trace.Info(L"Creating Status XML");
     COvXmlWriter writer(false);
     StartDocument(writer, L"status", TREVOK_REVERSE_DOMAIN L"\\mansys\\status");
     writer.WriteAttr(L"type", L"patch", s_bEscape);

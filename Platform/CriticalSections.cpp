@@ -6,16 +6,20 @@
 namespace
 {
 
-/// A fault of the caller that the platform leaves undefined: better seen than hidden.
 void Check(int nResult, const char* szCall)
 {
-    if (nResult == 0)
-        return;
-    std::fprintf(stderr, "%s: error %d on a critical section\n", szCall, nResult);
-    std::abort();
+    if (nResult != 0)
+        OvPlatformLockFault(nResult, szCall);
 }
 
 } // namespace
+
+// What the platform leaves undefined is better seen than hidden.
+void OvPlatformLockFault(int nError, const char* szCall)
+{
+    std::fprintf(stderr, "%s: error %d on a critical section\n", szCall, nError);
+    std::abort();
+}
 
 void InitializeCriticalSection(LPCRITICAL_SECTION pSection)
 {
@@ -37,17 +41,7 @@ void DeleteCriticalSection(LPCRITICAL_SECTION pSection)
     Check(pthread_mutex_destroy(&pSection->mutex), "DeleteCriticalSection");
 }
 
-void EnterCriticalSection(LPCRITICAL_SECTION pSection)
-{
-    Check(pthread_mutex_lock(&pSection->mutex), "EnterCriticalSection");
-}
-
 BOOL TryEnterCriticalSection(LPCRITICAL_SECTION pSection)
 {
     return pthread_mutex_trylock(&pSection->mutex) == 0;
-}
-
-void LeaveCriticalSection(LPCRITICAL_SECTION pSection)
-{
-    Check(pthread_mutex_unlock(&pSection->mutex), "LeaveCriticalSection");
 }

@@ -46,23 +46,34 @@ void WriteUtf8(char* pOut, uint32_t nValue, int nSize)
 
 int CFeed::Read(char* pBuffer, int nRoom)
 {
-    constexpr int nLongest = 4;
-    int nWritten = 0;
-    while (!m_bStopped && m_nNext < m_text.size() && nRoom - nWritten >= nLongest)
+    constexpr ptrdiff_t nLongest = 4;
+    char* pOut = pBuffer;
+    char* const pEnd = pBuffer + nRoom;
+    size_t nNext = m_nNext; // in a register: what is written to the buffer may not change it
+    CAttributeMeter meter = m_meter;
+    while (!m_bStopped && nNext < m_text.size() && pEnd - pOut >= nLongest)
     {
-        if (!m_meter.Take(m_text[m_nNext]))
+        const wchar_t unit = m_text[nNext];
+        if (!meter.Take(unit))
         {
-            m_bTooManyAttributes = true;
-            m_bStopped = true;
-            return 0;
+            m_bTooManyAttributes = m_bStopped = true;
+            break;
         }
-        const CCharacter character = CharacterAt(m_text, m_nNext);
+        if (unit > 0 && unit < 0x80)
+        {
+            *pOut++ = static_cast<char>(unit);
+            ++nNext;
+            continue;
+        }
+        const CCharacter character = CharacterAt(m_text, nNext);
         const int nSize = Utf8Size(character.m_nValue);
-        WriteUtf8(pBuffer + nWritten, character.m_nValue, nSize);
-        nWritten += nSize;
-        m_nNext += character.m_nUnits;
+        WriteUtf8(pOut, character.m_nValue, nSize);
+        pOut += nSize;
+        nNext += character.m_nUnits;
     }
-    return m_bStopped ? 0 : nWritten;
+    m_nNext = nNext;
+    m_meter = meter;
+    return m_bStopped ? 0 : static_cast<int>(pOut - pBuffer);
 }
 
 size_t CFeed::PositionOfByte(unsigned long nBytes) const

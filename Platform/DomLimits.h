@@ -23,9 +23,17 @@ public:
     /// @return false when this unit belongs to one attribute too many.
     bool Take(wchar_t unit)
     {
-        if (m_state == State::Content && unit != L'<')
-            return true;
-        return TakeInMarkup(unit);
+        switch (m_state) // most units change nothing
+        {
+        case State::Content:
+            return unit != L'<' || TakeInMarkup(unit);
+        case State::Tag:
+            return unit > L'>' || TakeInMarkup(unit);
+        case State::Quoted:
+            return unit != m_quote || TakeInMarkup(unit);
+        default:
+            return TakeInMarkup(unit);
+        }
     }
 
 private:

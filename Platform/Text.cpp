@@ -27,9 +27,10 @@ std::string Utf8FromWide(std::wstring_view text)
 
 std::wstring WideFromUtf8(std::string_view text)
 {
-    std::wstring units;
-    units.reserve(text.size());
-    DecodeUtf8(text, [&](wchar_t nUnit) { units += nUnit; });
+    std::wstring units(text.size(), L'\0'); // no character has more units than bytes
+    wchar_t* pEnd = units.data();
+    DecodeUtf8(text, [&](wchar_t nUnit) { *pEnd++ = nUnit; });
+    units.resize(static_cast<size_t>(pEnd - units.data()));
     return units;
 }
 

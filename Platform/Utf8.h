@@ -68,7 +68,13 @@ bool DecodeUtf8(std::string_view text, Put&& put)
     bool bValid = true;
     for (size_t i = 0; i < text.size();)
     {
-        uint32_t nCode = 0;
+        uint32_t nCode = static_cast<BYTE>(text[i]);
+        if (nCode < 0x80)
+        {
+            put(static_cast<wchar_t>(nCode));
+            ++i;
+            continue;
+        }
         if (!DecodeUtf8Character(text, i, nCode))
         {
             bValid = false;

@@ -12,12 +12,20 @@ public:
 
     /// Enters; a thread that is inside already enters again. @param dwTimeout  ignored: waits as long as it takes.
     /// @return always true.
-    bool Lock(DWORD dwTimeout) override;
+    bool Lock(DWORD) override
+    {
+        ::EnterCriticalSection(&m_cs);
+        return true;
+    }
 
     using COvSyncObject::Unlock;
 
     /// Leaves once. Only the thread that entered may call it. @return always true.
-    bool Unlock(DWORD dwTimeout) override;
+    bool Unlock(DWORD) override
+    {
+        ::LeaveCriticalSection(&m_cs);
+        return true;
+    }
 
 private:
     CRITICAL_SECTION m_cs;

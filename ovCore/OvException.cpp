@@ -72,8 +72,7 @@ void OvRaise(HRESULT hr, const wchar_t* szSource, LONG nLine, const COvEvidence&
     throw COvException(hr, szSource, nLine, evidence + OvStackDump());
 }
 
-void OvCheckPointer(const wchar_t* szName, const void* p, const wchar_t* szFile, LONG nLine)
+void OvRaiseNullPointer(const wchar_t* szName, const wchar_t* szFile, LONG nLine)
 {
-    if (p == nullptr)
-        OvRaise(E_INVALIDARG, szFile, nLine, COvEvidence(L"Info Msg", L"Invalid pointer") + COvEvidence(szName, 0));
+    OvRaise(E_INVALIDARG, szFile, nLine, COvEvidence(L"Info Msg", L"Invalid pointer") + COvEvidence(szName, 0));
 }

@@ -85,6 +85,13 @@ COvEvidence OvStackDump() noexcept;
 /// A caller that needs GetLastError takes it first: building evidence may change it.
 [[noreturn]] void OvRaise(HRESULT hr, const wchar_t* szSource, LONG nLine, const COvEvidence& evidence);
 
+/// Raises what OvCheckPointer does for a null pointer.
+[[noreturn]] void OvRaiseNullPointer(const wchar_t* szName, const wchar_t* szFile, LONG nLine);
+
 /// Returns when p is not null; raises E_INVALIDARG at the given place otherwise.
 /// @param szName  the expression in the source, as which the evidence names the pointer.
-void OvCheckPointer(const wchar_t* szName, const void* p, const wchar_t* szFile, LONG nLine);
+inline void OvCheckPointer(const wchar_t* szName, const void* p, const wchar_t* szFile, LONG nLine)
+{
+    if (p == nullptr)
+        OvRaiseNullPointer(szName, szFile, nLine);
+}

@@ -79,6 +79,16 @@ bool IsAsciiLower(wchar_t c)
     return c >= L'a' && c <= L'z';
 }
 
+bool IsAsciiDigit(wchar_t c)
+{
+    return c >= L'0' && c <= L'9';
+}
+
+bool IsAsciiHexDigit(wchar_t c)
+{
+    return IsAsciiDigit(c) || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
+}
+
 } // namespace
 
 std::string COvStringUtil::WideToNarrow(const std::wstring& s)
@@ -152,15 +162,10 @@ bool COvStringUtil::IsNumeric(const std::wstring& s, bool bLeadingOnly)
     if (s.empty())
         return false;
 
-    std::wstring_view rest = s;
-    const wchar_t* szDigits = L"1234567890";
-    if (rest.substr(0, 2) == L"0x" || rest.substr(0, 2) == L"0X")
-    {
-        rest.remove_prefix(2);
-        szDigits = L"1234567890abcdefABCDEF";
-    }
-    const size_t nDigits = std::min(rest.find_first_not_of(szDigits), rest.length());
-    return nDigits == rest.length() || (bLeadingOnly && nDigits > 0);
+    const bool bHex = s[0] == L'0' && (s[1] == L'x' || s[1] == L'X'); // s[1] of a single digit is the NUL
+    const auto first = s.begin() + (bHex ? 2 : 0);
+    const auto end = std::find_if_not(first, s.end(), bHex ? IsAsciiHexDigit : IsAsciiDigit);
+    return end == s.end() || (bLeadingOnly && end != first);
 }
 
 _variant_t COvStringUtil::VariantChangeType(const VARIANT& vSrc, VARTYPE vtNew, USHORT nFlags)

@@ -10,23 +10,22 @@ namespace
 
 const wchar_t s_szSource[] = L"ovCore\\OvVersion";
 
-/// Removes the first part with its separator from strText. @return the part.
-std::wstring TakePart(std::wstring& strText)
-{
-    const size_t nSeparator = strText.find_first_of(L".,");
-    const std::wstring strPart = strText.substr(0, nSeparator);
-    strText.erase(0, nSeparator == std::wstring::npos ? nSeparator : nSeparator + 1);
-    return strPart;
-}
-
 /// The low 16 bits of the decimal number at the front.
-USHORT ReadPart(std::wstring strPart)
+USHORT ReadPart(const std::wstring& strPart)
 {
-    COvStringUtil::TrimLeft(strPart, L'0');
     uint32_t nValue = 0; // may wrap around: only the low bits count
     for (size_t i = 0; i < strPart.size() && strPart[i] >= L'0' && strPart[i] <= L'9'; ++i)
         nValue = nValue * 10 + static_cast<uint32_t>(strPart[i] - L'0');
     return static_cast<USHORT>(nValue & 0xFFFF);
+}
+
+/// Writes the number in decimal. @return its end.
+wchar_t* WritePart(wchar_t* p, USHORT nPart)
+{
+    if (nPart >= 10)
+        p = WritePart(p, static_cast<USHORT>(nPart / 10));
+    *p = static_cast<wchar_t>(L'0' + nPart % 10);
+    return p + 1;
 }
 
 } // namespace
@@ -70,9 +69,13 @@ bool COvVersion::SetVersion(std::wstring strText)
     COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
     SetVersion(0, 0, 0, 0);
     m_nCount = 0;
-    while (!strText.empty() && m_nCount < MAX_PARTS)
+    std::wstring strPart;
+    for (size_t nBegin = 0; nBegin < strText.size() && m_nCount < MAX_PARTS; nBegin += strPart.size() + 1)
     {
-        const std::wstring strPart = TakePart(strText);
+        size_t nEnd = nBegin;
+        while (nEnd < strText.size() && strText[nEnd] != L'.' && strText[nEnd] != L',')
+            ++nEnd;
+        strPart.assign(strText, nBegin, nEnd - nBegin);
         if (!COvStringUtil::IsNumeric(strPart, true))
             break;
         m_nParts[m_nCount++] = ReadPart(strPart);
@@ -101,13 +104,15 @@ bool COvVersion::IsValid() const
 std::wstring COvVersion::AsStr() const
 {
     COvStackTraceScope scope(L"COvVersion::AsStr", s_szSource, __LINE__, COvStackTrace::Get());
-    std::wstring str;
+    wchar_t szText[MAX_PARTS * 6]; // at most "65535." each
+    wchar_t* pEnd = szText;
     for (LONG i = 0; i < m_nCount; ++i)
     {
-        const std::string digits = std::to_string(m_nParts[i]); // std::to_wstring formats, at twenty times the cost
-        str.append(i == 0 ? L"" : L".").append(digits.begin(), digits.end());
+        if (i > 0)
+            *pEnd++ = L'.';
+        pEnd = WritePart(pEnd, m_nParts[i]);
     }
-    return str;
+    return std::wstring(szText, pEnd);
 }
 
 COvEvidence COvVersion::GetEvidence(const wchar_t* szName) const

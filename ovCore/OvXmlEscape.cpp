@@ -19,28 +19,45 @@ size_t LengthOf(std::wstring_view text)
     return EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
 }
 
+/// A part of a text in which there is something to escape: its length as it is, and escaped.
+struct CDirtyPart
+{
+    size_t nUnits = 0; ///< 0: there is none
+    size_t nEscaped = 0;
+};
+
 /// Copies a text piece by piece, each looked through just before, so that a long one goes through the cache once.
-/// @return whether there is nothing in it to escape; else the copy is of no use.
-bool CopyWhileClean(std::wstring_view text, std::wstring& strCopy)
+/// @return the first piece in which there is something to escape, after which the copy is of no use.
+CDirtyPart CopyWhileClean(std::wstring_view text, std::wstring& strCopy)
 {
     constexpr size_t PIECE = 4096;
     for (size_t nDone = 0; nDone < text.size(); nDone += PIECE)
     {
         const std::wstring_view piece = text.substr(nDone, PIECE);
-        if (LengthOf(piece) != piece.size()) // whatever is escaped becomes longer
-            return false;
+        const size_t nEscaped = LengthOf(piece);
+        if (nEscaped != piece.size()) // whatever is escaped becomes longer
+            return { piece.size(), nEscaped };
         strCopy.reserve(text.size());
         strCopy.append(piece);
     }
-    return true;
+    return {};
+}
+
+/// The factor of the first attempt that is worth its while: the least one if it does for a part of the text, else the
+/// one that does for the whole.
+size_t FirstFactor(std::wstring_view text, const CDirtyPart& part)
+{
+    if (part.nEscaped <= part.nUnits * MIN_FACTOR)
+        return MIN_FACTOR;
+    const size_t nEscaped = part.nUnits == text.size() ? part.nEscaped : LengthOf(text);
+    return std::max(MIN_FACTOR, (nEscaped - 1 + text.size() - 1) / text.size());
 }
 
 /// Escapes in a buffer of the input's length times a factor, plus 1. The factor and the count of attempts go up
-/// together from the least factor on; the attempts that are known to be too small for nEscaped units count as made.
-std::wstring EscapeInAttempts(const std::wstring& strToEncode, size_t nEscaped)
+/// together from the least factor on, and so those below nFactor count as made.
+std::wstring EscapeInAttempts(const std::wstring& strToEncode, size_t nFactor)
 {
     const size_t nLength = strToEncode.size();
-    size_t nFactor = std::max(MIN_FACTOR, (nEscaped - 1 + nLength - 1) / nLength);
     LONG iNumAttempts = static_cast<LONG>(nFactor - MIN_FACTOR);
     for (;;)
     {
@@ -67,10 +84,11 @@ std::wstring COvXmlEscape::Escape(const std::wstring& strToEncode)
     try
     {
         std::wstring strClean;
-        if (CopyWhileClean(strToEncode, strClean))
+        const CDirtyPart part = CopyWhileClean(strToEncode, strClean);
+        if (part.nUnits == 0)
             return strClean;
         strClean = std::wstring(); // gives the memory back
-        return EscapeInAttempts(strToEncode, LengthOf(strToEncode));
+        return EscapeInAttempts(strToEncode, FirstFactor(strToEncode, part));
     }
     catch (const COvBaseException&)
     {

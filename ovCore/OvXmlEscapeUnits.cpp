@@ -77,24 +77,56 @@ uint64_t EscapedLength(const wchar_t* p, const wchar_t* const pEnd, const CPiece
     return nTotal;
 }
 
-/// Escapes block by block while there is plenty of text and of room, so that pieces may be copied with the zeros behind
-/// them: what follows overwrites those.
+/// Writes what a unit of ASCII becomes, and zeros behind it. @return its end.
+inline wchar_t* PutPiece(wchar_t* pOut, const CPieces& pieces, uint32_t c)
+{
+    std::memcpy(pOut, pieces.units[c], sizeof(pieces.units[c]));
+    return pOut + pieces.lengths[c];
+}
+
+/// Escapes a block of ASCII. @return the end of what was written; null when there is more than ASCII in it.
+inline wchar_t* EscapeAsciiBlock(const wchar_t* p, wchar_t* pOut, const CPieces& pieces)
+{
+    const wchar_t* const pStop = p + UNITS_IN_BLOCK;
+#if OV_BLOCKS_WITH_SSE2
+    if (&pieces == &PIECES_WITH_QUOTES)
+    {
+        uint32_t nSpecial = 0;
+        if (BlockLengthSse2(p, &nSpecial) == 0)
+            return nullptr;
+        const wchar_t* const pBlock = p;
+        for (; nSpecial != 0; nSpecial &= nSpecial - 1)
+        {
+            const wchar_t* const pPlain = p;
+            p = pBlock + __builtin_ctz(nSpecial);
+            std::memcpy(pOut, pPlain, UNITS_IN_BLOCK * sizeof(wchar_t)); // more than is needed, but all at once
+            pOut = PutPiece(pOut + (p - pPlain), pieces, UnitAt(p));
+            ++p;
+        }
+        std::memcpy(pOut, p, UNITS_IN_BLOCK * sizeof(wchar_t));
+        return pOut + (pStop - p);
+    }
+#endif
+    const size_t nBlock = BlockLengthPortably(p, pieces);
+    if (nBlock == 0)
+        return nullptr;
+    if (nBlock == UNITS_IN_BLOCK) // nothing in it becomes longer
+        return std::copy(p, pStop, pOut);
+    for (; p != pStop; ++p)
+        pOut = PutPiece(pOut, pieces, UnitAt(p));
+    return pOut;
+}
+
+/// Escapes block by block while there is plenty of text and of room, so that more may be read and written than is
+/// needed: what follows overwrites it.
 CPlace EscapeBlocks(CPlace place, const wchar_t* pEnd, const CPieces& pieces, const wchar_t* pOutEnd)
 {
-    constexpr ptrdiff_t FOLLOWING = REFERENCE_LENGTH;
-    constexpr ptrdiff_t ROOM = (UNITS_IN_BLOCK + 1) * REFERENCE_LENGTH + 2 * PIECE_ROOM;
-    while (pEnd - place.p >= UNITS_IN_BLOCK + FOLLOWING && pOutEnd - place.pOut >= ROOM)
+    constexpr ptrdiff_t ROOM = (UNITS_IN_BLOCK + 1) * REFERENCE_LENGTH + UNITS_IN_BLOCK + 2 * PIECE_ROOM;
+    while (pEnd - place.p >= 2 * UNITS_IN_BLOCK && pOutEnd - place.pOut >= ROOM)
     {
         const wchar_t* const pStop = place.p + UNITS_IN_BLOCK;
-        const size_t nBlock = BlockLength(place.p, pieces);
-        if (nBlock == UNITS_IN_BLOCK) // nothing in it becomes longer
-            place = { pStop, std::copy(place.p, pStop, place.pOut) };
-        else if (nBlock != 0)
-            for (; place.p != pStop; ++place.p)
-            {
-                std::memcpy(place.pOut, pieces.units[UnitAt(place.p)], sizeof(pieces.units[0]));
-                place.pOut += pieces.lengths[UnitAt(place.p)];
-            }
+        if (wchar_t* const pOut = EscapeAsciiBlock(place.p, place.pOut, pieces))
+            place = { pStop, pOut };
         while (place.p < pStop)
             place = EscapeOne(place, pEnd, pieces);
     }

@@ -103,7 +103,8 @@ inline size_t BlockLengthPortably(const wchar_t* p, const CPieces& pieces)
 #if OV_BLOCKS_WITH_SSE2
 
 /// The same for PIECES_WITH_QUOTES, with the vector instructions that every processor of the target has.
-inline size_t BlockLengthSse2(const wchar_t* p)
+/// @param pSpecial  receives a bit for each unit that becomes longer, when all are ASCII.
+inline size_t BlockLengthSse2(const wchar_t* p, uint32_t* pSpecial)
 {
     const auto load = [p](int i) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p) + i); };
     const __m128i a = load(0), b = load(1), c = load(2), d = load(3);
@@ -116,7 +117,8 @@ inline size_t BlockLengthSse2(const wchar_t* p)
     const __m128i apostrophes = where(units, '\'');
     const __m128i quotes = where(without('"' ^ '&'), '"' & '&'); // and ampersands
     const __m128i special = _mm_or_si128(_mm_or_si128(references, angles), _mm_or_si128(apostrophes, quotes));
-    if (_mm_movemask_epi8(special) == 0)
+    *pSpecial = static_cast<uint32_t>(_mm_movemask_epi8(special));
+    if (*pSpecial == 0)
         return UNITS_IN_BLOCK;
 
     const __m128i all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
@@ -139,7 +141,10 @@ inline size_t BlockLength(const wchar_t* p, const CPieces& pieces)
 {
 #if OV_BLOCKS_WITH_SSE2
     if (&pieces == &PIECES_WITH_QUOTES)
-        return BlockLengthSse2(p);
+    {
+        uint32_t nSpecial;
+        return BlockLengthSse2(p, &nSpecial);
+    }
 #endif
     return BlockLengthPortably(p, pieces);
 }

@@ -47,18 +47,24 @@ private:
     }
 };
 
+void Show(const char* kind, const char* document)
+{
+    std::printf("%s%s\n", kind, document);
+    std::fflush(stdout); // so that it stands where it belongs among the lines of the log
+}
+
 /// Is told every new status document, on whichever thread the change was seen. It must be quick and must not call the
 /// adapter's registration: the adapter holds a lock meanwhile.
 class CObserver final : public IStateObserver
 {
 public:
-    void OnStateChange(int32_t, const char* status) override { std::printf("observer: %s\n", status); }
+    void OnStateChange(int32_t, const char* status) override { Show("observer: ", status); }
 };
 
 class CReceiver final : public IStatusReceiver
 {
 public:
-    void OnStatus(const char* status) override { std::printf("status: %s\n", status); }
+    void OnStatus(const char* status) override { Show("status: ", status); }
 };
 
 std::string ReadFile(const char* path)
@@ -90,6 +96,8 @@ bool Drive(GetAdapterFactory1_0Function getFactory, const std::string& policy)
 {
     CLog log; // outlives factory and adapter
     IAdapterFactory* const factory = getFactory();
+    if (factory == nullptr) // out of memory
+        return false;
     IAdapter* const adapter = factory->Initialise(nullptr, nullptr, &log, nullptr);
     if (adapter != nullptr)
     {

@@ -29,9 +29,9 @@ TEST(OvXmlEscape, AgreesWithThePlainWayForAnyText)
 {
     const std::wstring strUnits = L"\t\x1F \"&'<>~\x7F\x80\xE9\xD7FF\xD800\xD83D\xDBFF\xDC00\xDE00\xDFFF\xE000z";
     std::mt19937 random(20261122);
-    for (size_t nText = 0; nText < 600; ++nText)
+    for (size_t nText = 0; nText < 2000; ++nText)
     {
-        std::wstring strText(nText % 67, L'x');
+        std::wstring strText(nText % 331, L'x');
         for (wchar_t& unit : strText)
             if (random() % (nText % 5 * 8 + 1) == 0) // from all of them special to a few
                 unit = strUnits[random() % strUnits.size()];

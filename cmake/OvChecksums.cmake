@@ -1,0 +1,10 @@
+# Run by CPack before it packs: adds SHA256SUMS, in the form that sha256sum -c reads.
+set(folder ${CPACK_TEMPORARY_INSTALL_DIRECTORY})
+file(GLOB_RECURSE files RELATIVE ${folder} LIST_DIRECTORIES false ${folder}/*)
+list(SORT files)
+set(sums "")
+foreach(file ${files})
+    file(SHA256 ${folder}/${file} sum)
+    string(APPEND sums "${sum}  ${file}\n")
+endforeach()
+file(WRITE ${folder}/SHA256SUMS "${sums}")
