@@ -166,8 +166,7 @@ inline void DeleteAdapterFactory(IAdapterFactory* factory)
 
 // The exported functions, undecorated; ordinals 1 and 2 on Windows.
 
-/// Makes a factory, another one with each call. One thread at a time. Without memory for it std::bad_alloc leaves,
-/// which only a host of the library's own compiler can catch.
+/// Makes a factory, another one with each call; null when there is no memory for it. One thread at a time.
 typedef IAdapterFactory*(PATCHADAPTER_CDECL* GetAdapterFactory1_0Function)();
 
 /// Stores the plug-in interface version; nothing when either pointer is null. Any thread.
