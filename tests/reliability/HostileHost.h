@@ -11,6 +11,7 @@
 inline constexpr char SECRET[] = "secret-of-the-machine"; ///< no text may hold it
 inline constexpr char DIRECTIVES[] = "%s%n%5$x%%";
 
+// va_end has nothing to do on either target when the text makes it throw.
 #define OV_LOOK_AT_LINE(operation, nErrors)                                                                            \
     void operation(const char* format, ...) override                                                                   \
     {                                                                                                                  \

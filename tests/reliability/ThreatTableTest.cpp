@@ -243,7 +243,7 @@ TEST_F(ThreatTable, EachDocumentMeetsItsVerdict)
     ::SetErrorInfo(0, nullptr);
 }
 
-TEST_F(ThreatTable, IsTheDocumentsTable)
+TEST(ThreatTableDocument, HoldsTheSameTable)
 {
     std::string table = "<!-- threats -->\n| document | libxml2 | Wine | why they differ |\n|---|---|---|---|\n";
     for (const CThreat& threat : Threats(L""))
