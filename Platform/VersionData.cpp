@@ -30,11 +30,7 @@ constexpr DWORD FixedSignature = 0xFEEF04BD;
 class CReader
 {
 public:
-    explicit CReader(const std::string& path)
-    {
-        m_file.rdbuf()->pubsetbuf(nullptr, 0); // the version block is not to be left in a buffer that nobody wipes
-        m_file.open(path, std::ios::binary);
-    }
+    explicit CReader(const std::string& path) : m_file(path, std::ios::binary) {}
 
     bool Read(uint64_t nOffset, void* pTarget, size_t nBytes)
     {
