@@ -56,7 +56,7 @@ CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
     m_description = "nowhere";
     if (kind == RecordKind::Throwaway)
         return;
-    const std::filesystem::path path = FolderOrDefault(folder);
+    const std::filesystem::path path = std::filesystem::absolute(FolderOrDefault(folder)).make_preferred();
     std::filesystem::create_directories(path);
     m_file = (path / "revision.txt").u8string();
     m_description = m_file;
