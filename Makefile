@@ -1,6 +1,6 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads reliability bench install package doc format check-format \
+.PHONY: help run test windows test-windows sanitize threads coverage seeded reliability bench install package doc format check-format \
         clean
 
 JOBS ?= $(shell nproc)
@@ -42,6 +42,18 @@ threads: setup-native  ## eight threads in the adapter, under the thread sanitiz
 	@$(call build,threads,OperationsRaceTest)
 	@ctest --preset threads -R '^OperationsRace'
 
+coverage: setup-coverage  ## the lines and branches of ovCore/ and PatchAdapter/ that the native suite reaches
+	@$(call build,coverage)
+	@find build/coverage -name '*.gcda' -delete
+	@ctest --preset coverage
+	@mkdir -p build/coverage/report
+	@gcovr --root . --filter ovCore/ --filter PatchAdapter/ --exclude-throw-branches --print-summary \
+	    --html-details build/coverage/report/index.html build/coverage
+	@echo "coverage: line by line in build/coverage/report/index.html"
+
+seeded: setup-native  ## thirty faults, one after the other, each of which the suite must notice (half an hour)
+	@tests/seeded/run
+
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
 	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|OvFault|HostileArguments|ThreatTable|Soak)'
@@ -82,4 +94,4 @@ check-format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root
-	@rm -rf build/native build/windows build/sanitize build/threads build/bench build/package build/reference
+	@rm -rf build/native build/windows build/sanitize build/threads build/coverage build/seeded build/bench build/package build/reference
