@@ -14,6 +14,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -262,24 +263,20 @@ TEST_F(RegistryFile, IsMadeByTheFirstWriteOnly)
 
 TEST_F(RegistryFile, LiesWhereTheEnvironmentSays)
 {
-    const struct
-    {
-        const char* szVariable;
-        const char* szValue; // below the folder
-        const char* szFile;
-    } rows[] = {
+    // szValue: below the folder
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         { "HOME", "/home", "home/.local/state/pyx-patch-adapter/registry.db" },
         { "XDG_STATE_HOME", "/state", "state/pyx-patch-adapter/registry.db" },
         { "OVPLATFORM_REGISTRY", "/own.db", "own.db" },
     };
     for (const char* szVariable : { "XDG_STATE_HOME", "OVPLATFORM_REGISTRY" })
         unsetenv(szVariable);
-    for (const auto& row : rows)
+    for (const auto& [szVariable, szValue, szFile] : rows)
     {
-        setenv(row.szVariable, (m_folder.string() + row.szValue).c_str(), 1);
+        setenv(szVariable, (m_folder.string() + szValue).c_str(), 1);
         OvPlatform::SetRegistryFile(nullptr);
-        EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 })) << row.szVariable;
-        EXPECT_TRUE(std::filesystem::exists(m_folder / row.szFile)) << row.szVariable;
+        EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 })) << szVariable;
+        EXPECT_TRUE(std::filesystem::exists(m_folder / szFile)) << szVariable;
     }
     setenv("OVPLATFORM_REGISTRY", ":memory:", 1);
     OvPlatform::SetRegistryFile(nullptr);
@@ -304,13 +301,7 @@ TEST_F(RegistryFile, OpenKeysKeepTheirRegistry)
 
 TEST_F(RegistryFile, HasThePredefinedKeysFromTheStart)
 {
-    const struct
-    {
-        HKEY hRoot;
-        std::wstring subKey;
-        REGSAM samDesired;
-        LSTATUS lResult;
-    } rows[] = {
+    const std::tuple<HKEY, std::wstring, REGSAM, LSTATUS> rows[] = {
         { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ, ERROR_SUCCESS },
         { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ | KEY_WOW64_32KEY, ERROR_SUCCESS },
         { HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes", KEY_READ, ERROR_SUCCESS },
@@ -320,31 +311,25 @@ TEST_F(RegistryFile, HasThePredefinedKeysFromTheStart)
         { HKEY_DYN_DATA, L"x", KEY_READ, ERROR_INVALID_HANDLE },
         { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ | KEY_WOW64_32KEY | KEY_WOW64_64KEY, ERROR_INVALID_PARAMETER },
     };
-    for (const auto& row : rows)
+    for (const auto& [hRoot, subKey, samDesired, lResult] : rows)
     {
         HKEY hKey = nullptr;
-        EXPECT_EQ(row.lResult, RegOpenKeyExW(row.hRoot, row.subKey.c_str(), 0, row.samDesired, &hKey))
-            << testing::PrintToString(row.subKey);
+        EXPECT_EQ(lResult, RegOpenKeyExW(hRoot, subKey.c_str(), 0, samDesired, &hKey))
+            << testing::PrintToString(subKey);
         if (hKey)
             RegCloseKey(hKey);
     }
-    const struct
-    {
-        HKEY hRoot;
-        HKEY hSame;
-        std::wstring prefix;
-    } aliases[] = {
+    const std::tuple<HKEY, HKEY, std::wstring> aliases[] = {
         { HKEY_CURRENT_USER, HKEY_USERS, L"S-1-22-1-" + std::to_wstring(geteuid()) + L"\\" },
         { HKEY_CLASSES_ROOT, HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" },
         { HKEY_CURRENT_CONFIG, HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\" },
     };
-    for (const auto& row : aliases)
+    for (const auto& [hRoot, hSame, prefix] : aliases)
     {
         HKEY hKey = nullptr;
-        EXPECT_EQ(ERROR_SUCCESS,
-                  RegCreateKeyExW(row.hRoot, L"OvAlias", 0, nullptr, 0, KEY_READ, nullptr, &hKey, nullptr));
+        EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(hRoot, L"OvAlias", 0, nullptr, 0, KEY_READ, nullptr, &hKey, nullptr));
         RegCloseKey(hKey);
-        EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(row.hSame, (row.prefix + L"OvAlias").c_str(), 0, KEY_READ, &hKey));
+        EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(hSame, (prefix + L"OvAlias").c_str(), 0, KEY_READ, &hKey));
         RegCloseKey(hKey);
     }
 }
