@@ -9,6 +9,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace
 {
@@ -25,12 +26,7 @@ HRESULT ChangeText(const std::wstring& text, VARTYPE vt, VARIANT& result)
 TEST(VariantEdges, FollowTheDocumentedRules)
 {
     const std::wstring zeros(200000, L'0');
-    const struct
-    {
-        std::wstring text;
-        HRESULT hr;
-        double fValue;
-    } rows[] = {
+    const std::tuple<std::wstring, HRESULT, double> rows[] = {
         { L"1.7976931348623157e308", S_OK, DBL_MAX },
         { L"1.7976931348623159e308", DISP_E_OVERFLOW, 0 },
         { L"5e-324", S_OK, std::numeric_limits<double>::denorm_min() },
@@ -44,11 +40,11 @@ TEST(VariantEdges, FollowTheDocumentedRules)
         { L"0." + zeros + L"1e200001", S_OK, 1 },
         { L"1" + zeros, DISP_E_OVERFLOW, 0 },
     };
-    for (const auto& row : rows)
+    for (const auto& [text, hr, fValue] : rows)
     {
         VARIANT result;
-        EXPECT_EQ(row.hr, ChangeText(row.text, VT_R8, result)) << testing::PrintToString(row.text.substr(0, 40));
-        EXPECT_EQ(row.fValue, row.hr == S_OK ? result.dblVal : 0) << testing::PrintToString(row.text.substr(0, 40));
+        EXPECT_EQ(hr, ChangeText(text, VT_R8, result)) << testing::PrintToString(text.substr(0, 40));
+        EXPECT_EQ(fValue, hr == S_OK ? result.dblVal : 0) << testing::PrintToString(text.substr(0, 40));
     }
     VARIANT large = {};
     large.vt = VT_I8;
@@ -67,21 +63,17 @@ TEST(VariantEdges, AnIntegerIsReadInEveryForm)
         const size_t nCut = random() % digits.size();
         const std::wstring head = digits.substr(0, nCut);
         const std::wstring tail = digits.substr(nCut);
-        const struct
-        {
-            std::wstring text;
-            bool bNegative;
-        } forms[] = {
+        const std::tuple<std::wstring, bool> forms[] = {
             { L" $ 0" + head + L"," + tail + L" ", false },
             { L"(" + digits + L".4999999)", true },
             { L"0" + head + L"." + tail + L"e" + std::to_wstring(tail.size()) + L"-", true },
             { L"-" + digits + L"000000e-6", true },
         };
-        for (const auto& form : forms)
+        for (const auto& [text, bNegative] : forms)
         {
             VARIANT result;
-            ASSERT_EQ(S_OK, ChangeText(form.text, VT_I8, result)) << testing::PrintToString(form.text) << nSeed;
-            ASSERT_EQ(form.bNegative ? -n : n, result.llVal) << testing::PrintToString(form.text) << nSeed;
+            ASSERT_EQ(S_OK, ChangeText(text, VT_I8, result)) << testing::PrintToString(text) << nSeed;
+            ASSERT_EQ(bNegative ? -n : n, result.llVal) << testing::PrintToString(text) << nSeed;
         }
     }
 }
