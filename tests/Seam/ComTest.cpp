@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace
 {
@@ -155,12 +156,7 @@ TEST(ClassObjects, BelongToTheirApartment)
 
 TEST(ClassObjects, ServeTheirContexts)
 {
-    const struct
-    {
-        DWORD dwRegistered;
-        DWORD dwAsked;
-        HRESULT hr;
-    } rows[] = {
+    const std::tuple<DWORD, DWORD, HRESULT> rows[] = {
         { CLSCTX_LOCAL_SERVER, CLSCTX_ALL, S_OK },
         { CLSCTX_LOCAL_SERVER, CLSCTX_LOCAL_SERVER, S_OK },
         { CLSCTX_LOCAL_SERVER, CLSCTX_INPROC_SERVER, S_OK }, // one for many uses serves its own process too
@@ -170,13 +166,13 @@ TEST(ClassObjects, ServeTheirContexts)
         { CLSCTX_INPROC_SERVER, CLSCTX_LOCAL_SERVER, REGDB_E_CLASSNOTREG },
     };
     const CComApartment multi;
-    for (const auto& row : rows)
+    for (const auto& [dwRegistered, dwAsked, hr] : rows)
     {
         CTestFactory factory;
-        const DWORD dwCookie = Register(factory, row.dwRegistered);
-        EXPECT_EQ(row.hr, Create(row.dwAsked)) << row.dwRegistered << " asked " << row.dwAsked;
+        const DWORD dwCookie = Register(factory, dwRegistered);
+        EXPECT_EQ(hr, Create(dwAsked)) << dwRegistered << " asked " << dwAsked;
         EXPECT_EQ(S_OK, CoRevokeClassObject(dwCookie));
-        EXPECT_EQ(REGDB_E_CLASSNOTREG, Create(row.dwAsked));
+        EXPECT_EQ(REGDB_E_CLASSNOTREG, Create(dwAsked));
         EXPECT_EQ(0u, factory.m_object.References());
     }
 }
