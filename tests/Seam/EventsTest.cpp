@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace
 {
@@ -25,28 +26,22 @@ bool IsSignalled(const CTestHandle& event)
 
 TEST(Events, SignalsAreKeptAndNotCounted)
 {
-    const struct
-    {
-        bool bManual;
-        bool bInitial;
-        int nSets;
-        bool bReset;
-        int nWaitsMet; // of three
-    } rows[] = {
+    // nWaitsMet: of three
+    const std::tuple<bool, bool, int, bool, int> rows[] = {
         { false, false, 0, false, 0 }, { false, true, 0, false, 1 }, { false, false, 1, false, 1 },
         { false, false, 3, false, 1 }, { false, true, 1, true, 0 },  { true, false, 0, false, 0 },
         { true, true, 0, false, 3 },   { true, false, 1, false, 3 }, { true, true, 2, true, 0 },
     };
-    for (const auto& row : rows)
+    for (const auto& [bManual, bInitial, nSets, bReset, nWaitsMet] : rows)
     {
-        const CTestHandle event = MakeEvent(row.bManual, row.bInitial);
-        for (int i = 0; i < row.nSets; ++i)
+        const CTestHandle event = MakeEvent(bManual, bInitial);
+        for (int i = 0; i < nSets; ++i)
             EXPECT_TRUE(::SetEvent(event.get()));
-        EXPECT_TRUE(!row.bReset || ::ResetEvent(event.get()));
+        EXPECT_TRUE(!bReset || ::ResetEvent(event.get()));
         int nMet = 0;
         for (int i = 0; i < 3; ++i)
             nMet += IsSignalled(event) ? 1 : 0;
-        EXPECT_EQ(row.nWaitsMet, nMet) << row.bManual << row.bInitial << " x" << row.nSets << row.bReset;
+        EXPECT_EQ(nWaitsMet, nMet) << bManual << bInitial << " x" << nSets << bReset;
     }
 }
 
@@ -115,23 +110,18 @@ TEST(Events, TheGlobalNameSpaceIsApart)
 TEST(Events, AnOpenedHandleCanDoWhatItWasOpenedFor)
 {
     const CTestHandle created = MakeEvent(true, false, s_szName);
-    const struct
-    {
-        DWORD dwAccess;
-        bool bSet;
-        bool bWait;
-    } rows[] = {
+    const std::tuple<DWORD, bool, bool> rows[] = {
         { SYNCHRONIZE | READ_CONTROL, false, true },
         { EVENT_MODIFY_STATE, true, false },
         { EVENT_ALL_ACCESS, true, true },
         { MAXIMUM_ALLOWED, true, true },
         { READ_CONTROL, false, false },
     };
-    for (const auto& row : rows)
+    for (const auto& [dwAccess, bSet, bWait] : rows)
     {
-        const CTestHandle event = Open(s_szName, row.dwAccess);
-        ASSERT_NE(nullptr, event.get()) << row.dwAccess;
-        EXPECT_EQ(row.bSet, ::SetEvent(event.get()) != FALSE) << row.dwAccess;
-        EXPECT_EQ(row.bWait, ::WaitForSingleObject(event.get(), 0) != WAIT_FAILED) << row.dwAccess;
+        const CTestHandle event = Open(s_szName, dwAccess);
+        ASSERT_NE(nullptr, event.get()) << dwAccess;
+        EXPECT_EQ(bSet, ::SetEvent(event.get()) != FALSE) << dwAccess;
+        EXPECT_EQ(bWait, ::WaitForSingleObject(event.get(), 0) != WAIT_FAILED) << dwAccess;
     }
 }
