@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -44,11 +45,7 @@ TEST(Handles, WhatIsNoOpenHandleIsRefused)
     DWORD dwCode = 0;
     for (const HANDLE h : handles)
     {
-        const struct
-        {
-            const char* szCall;
-            DWORD dwError;
-        } rows[] = {
+        const std::tuple<const char*, DWORD> rows[] = {
             { "CloseHandle", LastErrorAfter([&] { EXPECT_FALSE(::CloseHandle(h)); }) },
             { "SetEvent", LastErrorAfter([&] { EXPECT_FALSE(::SetEvent(h)); }) },
             { "ResetEvent", LastErrorAfter([&] { EXPECT_FALSE(::ResetEvent(h)); }) },
@@ -61,8 +58,8 @@ TEST(Handles, WhatIsNoOpenHandleIsRefused)
                                                  DUPLICATE_SAME_ACCESS));
               }) },
         };
-        for (const auto& row : rows)
-            EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_HANDLE), row.dwError) << row.szCall << " " << h;
+        for (const auto& [szCall, dwError] : rows)
+            EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_HANDLE), dwError) << szCall << " " << h;
         EXPECT_EQ(nullptr, hTarget);
     }
 }
