@@ -5,6 +5,8 @@
 
 #include <limits>
 #include <string>
+#include <tuple>
+#include <vector>
 
 namespace
 {
@@ -26,41 +28,24 @@ std::string Narrow(BSTR bstr)
 
 std::string Render(const VARIANT& value)
 {
-    switch (value.vt)
-    {
-    case VT_EMPTY:
-        return "empty";
-    case VT_NULL:
-        return "null";
-    case VT_BOOL:
-        return value.boolVal == VARIANT_TRUE ? "true" : value.boolVal == VARIANT_FALSE ? "false" : "odd";
-    case VT_BSTR:
-        return Narrow(value.bstrVal);
-    case VT_R4:
-        return Number(static_cast<double>(value.fltVal));
-    case VT_R8:
-        return Number(value.dblVal);
-    case VT_I1:
-        return std::to_string(static_cast<signed char>(value.cVal));
-    case VT_UI1:
-        return std::to_string(value.bVal);
-    case VT_I2:
-        return std::to_string(value.iVal);
-    case VT_UI2:
-        return std::to_string(value.uiVal);
-    case VT_I4:
-    case VT_INT:
-        return std::to_string(value.lVal);
-    case VT_UI4:
-    case VT_UINT:
-        return std::to_string(value.ulVal);
-    case VT_I8:
-        return std::to_string(value.llVal);
-    case VT_UI8:
-        return std::to_string(value.ullVal);
-    default:
-        return "type " + std::to_string(value.vt);
-    }
+    const VARTYPE vt = value.vt;
+    return vt == VT_EMPTY  ? "empty"
+           : vt == VT_NULL ? "null"
+           : vt == VT_BOOL ? value.boolVal == VARIANT_TRUE    ? "true"
+                             : value.boolVal == VARIANT_FALSE ? "false"
+                                                              : "odd"
+           : vt == VT_BSTR ? Narrow(value.bstrVal)
+           : vt == VT_R4   ? Number(static_cast<double>(value.fltVal))
+           : vt == VT_R8   ? Number(value.dblVal)
+           : vt == VT_I1   ? std::to_string(static_cast<signed char>(value.cVal))
+           : vt == VT_UI1  ? std::to_string(value.bVal)
+           : vt == VT_I2   ? std::to_string(value.iVal)
+           : vt == VT_UI2  ? std::to_string(value.uiVal)
+           : vt == VT_I4   ? std::to_string(value.lVal)
+           : vt == VT_UI4  ? std::to_string(value.ulVal)
+           : vt == VT_I8   ? std::to_string(value.llVal)
+           : vt == VT_UI8  ? std::to_string(value.ullVal)
+                           : "type " + std::to_string(vt);
 }
 
 /// The changed value, or why there is none.
@@ -95,6 +80,11 @@ VARIANT Bits(VARTYPE vt, LONGLONG nBits)
     return value;
 }
 
+VARIANT Real(double fValue)
+{
+    return _variant_t(fValue).Detach();
+}
+
 constexpr const char* Mismatch = "mismatch";
 constexpr const char* Overflow = "overflow";
 
@@ -102,154 +92,92 @@ constexpr const char* Overflow = "overflow";
 
 TEST(Variant, TextsAreReadAsNumbers)
 {
-    const struct
-    {
-        const wchar_t* szText;
-        const char* szLong;
-        const char* szDouble;
-    } rows[] = {
-        { L"0", "0", "0" },
-        { L"-1", "-1", "-1" },
-        { L" \t\r\n+5 \x00A0\x3000", "5", "5" }, // blanks around
-        { L"0005", "5", "5" },
-        { L"", Mismatch, Mismatch },
-        { L"  ", Mismatch, Mismatch },
-        { L"5 5", Mismatch, Mismatch },
-        { L"5abc", Mismatch, Mismatch },
-        { L"0x14", Mismatch, Mismatch },
-        { L"true", Mismatch, Mismatch },
-        { L"nan", Mismatch, Mismatch },
-        { L"\x0663", Mismatch, Mismatch }, // other scripts' digits
-        { L"\xD83D\xDE00", Mismatch, Mismatch },
-        // signs, parentheses and the currency: each once, on either side
-        { L"5-", "-5", "-5" },
-        { L"- 5", "-5", "-5" },
-        { L"(5)", "-5", "-5" },
+    // Signs, parentheses and the currency stand once, on either side; blanks around; halves go to the even number;
+    // thousands separators stand anywhere behind the first digit; hexadecimal and octal give the bits of the type.
+    const std::tuple<const wchar_t*, const char*, const char*> rows[] = {
+        { L"0005", "5", "5" },      { L"5-", "-5", "-5" },       { L"- 5", "-5", "-5" },
+        { L"(5)", "-5", "-5" },     { L"(-5)", "-5", "-5" },     { L"+-5", "-5", "-5" },
+        { L"5 $ -", "-5", "-5" },   { L"$5", "5", "5" },         { L"20.5", "20", "20.5" },
+        { L"21.5", "22", "21.5" },  { L"-0.5", "0", "-0.5" },    { L"-1.5", "-2", "-1.5" },
+        { L".5", "0", "0.5" },      { L"5.", "5", "5" },         { L"1,000", "1000", "1000" },
+        { L"1,00", "100", "100" },  { L"1,,0,", "10", "10" },    { L"1.5,0", "2", "1.5" },
+        { L"1e3", "1000", "1000" }, { L"1.5E+1", "15", "15" },   { L"5.e3", "5000", "5000" },
+        { L"25e-1", "2", "2.5" },   { L"1e-400", "0", "0" },     { L"0e5", "0", "0" },
+        { L"&H14", "20", "20" },    { L" &hfF ", "255", "255" }, { L"&O17", "15", "15" },
+        { L"-&H1", "1", "1" },
+    };
+    const std::tuple<const wchar_t*, const char*, const char*> longRows[] = {
         { L" - $ ( 5 ) ", "-5", "-5" },
-        { L"(-5)", "-5", "-5" },
-        { L"+-5", "-5", "-5" },
-        { L"5 $ -", "-5", "-5" },
-        { L"$5", "5", "5" },
-        { L"-5-", Mismatch, Mismatch },
-        { L"--5", Mismatch, Mismatch },
-        { L"(5", Mismatch, Mismatch },
-        { L"5)", Mismatch, Mismatch },
-        { L"((5))", Mismatch, Mismatch },
-        { L"$$5", Mismatch, Mismatch },
-        { L"-", Mismatch, Mismatch },
-        { L"$", Mismatch, Mismatch },
-        { L"\x20AC"
-          "5",
-          Mismatch, Mismatch },
-        // fractions: halves to even
-        { L"20.5", "20", "20.5" },
-        { L"21.5", "22", "21.5" },
         { L"20.50001", "21", "20.50001" },
-        { L"-0.5", "0", "-0.5" },
-        { L"-1.5", "-2", "-1.5" },
-        { L".5", "0", "0.5" },
-        { L"5.", "5", "5" },
+        { L"1,000.5", "1000", "1000.5" },
+        { L"1e0000000003", "1000", "1000" },
+        { L"&HFFFFFFFF", "-1", Overflow },
+        { L"&H100000000", Overflow, Overflow },
+        { L"1e400", Overflow, Overflow },
+        { L" \t\r\n+5 \x00A0\x3000", "5", "5" },
         { L"0.1", "0", "0.10000000000000001" },
-        { L".", Mismatch, Mismatch },
-        { L"1.2.3", Mismatch, Mismatch },
         { L"2500000000000000000000000000e-27", "2", "2.5" },
         { L"2500000000000000000000000001e-27", "3", "2.5" }, // above the half by the last digit of 28
-        // thousands separators, wherever they stand behind the first digit
-        { L"1,000", "1000", "1000" },
-        { L"1,00", "100", "100" },
-        { L"1,,0,", "10", "10" },
-        { L"1.5,0", "2", "1.5" },
-        { L"1,000.5", "1000", "1000.5" },
-        { L",1", Mismatch, Mismatch },
-        { L"1 ,000", Mismatch, Mismatch },
-        // exponents
-        { L"1e3", "1000", "1000" },
-        { L"1.5E+1", "15", "15" },
-        { L"5.e3", "5000", "5000" },
-        { L"25e-1", "2", "2.5" },
-        { L"1e0000000003", "1000", "1000" },
-        { L"1e-400", "0", "0" },
-        { L"0e5", "0", "0" },
-        { L"1e400", Overflow, Overflow },
-        { L"1e", Mismatch, Mismatch },
-        { L"1e+", Mismatch, Mismatch },
-        { L"1e 3", Mismatch, Mismatch },
-        { L"1e3.5", Mismatch, Mismatch },
-        { L"1d3", Mismatch, Mismatch },
-        { L".e3", Mismatch, Mismatch },
-        // hexadecimal and octal: the bits of the type, without a sign
-        { L"&H14", "20", "20" },
-        { L" &hfF ", "255", "255" },
-        { L"&O17", "15", "15" },
-        { L"-&H1", "1", "1" },
-        { L"&HFFFFFFFF", "-1", Overflow },
         { L"&H80000000", "-2147483648", "-2147483648" },
-        { L"&H100000000", Overflow, Overflow },
-        { L"&O8", Mismatch, Mismatch },
-        { L"&H", Mismatch, Mismatch },
-        { L"&17", Mismatch, Mismatch },
-        { L"&H1,0", Mismatch, Mismatch },
-        { L"$&H5", Mismatch, Mismatch },
-        // the ends of the range
-        { L"2147483647", "2147483647", "2147483647" },
         { L"2147483647.4", "2147483647", "2147483647.4000001" },
         { L"2147483647.5", Overflow, "2147483647.5" },
         { L"-2147483648", "-2147483648", "-2147483648" },
         { L"-2147483649", Overflow, "-2147483649" },
         { L"123456789012345678901234567890", Overflow, "1.2345678901234568e+29" },
     };
+    const auto check = [](const wchar_t* szText, const char* szLong, const char* szDouble) {
+        EXPECT_EQ(szLong, Changed(szText, VT_I4)) << testing::PrintToString(szText);
+        EXPECT_EQ(szDouble, Changed(szText, VT_R8)) << testing::PrintToString(szText);
+    };
     for (const auto& row : rows)
-    {
-        EXPECT_EQ(row.szLong, Changed(row.szText, VT_I4)) << testing::PrintToString(row.szText);
-        EXPECT_EQ(row.szDouble, Changed(row.szText, VT_R8)) << testing::PrintToString(row.szText);
-    }
+        std::apply(check, row);
+    for (const auto& row : longRows)
+        std::apply(check, row);
+    for (const wchar_t* const szText :
+         { L"",    L"  ",     L"5 5", L"5abc",  L"0x14",  L"true", L"nan",  L"\x0663", L"\xD83D\xDE00",
+           L"-5-", L"--5",    L"(5",  L"5)",    L"((5))", L"$$5",  L"-",    L"$",      L"\x20AC\x0035",
+           L",1",  L"1 ,000", L".",   L"1.2.3", L"1e",    L"1e+",  L"1e 3", L"1e3.5",  L"1d3",
+           L".e3", L"&O8",    L"&H",  L"&17",   L"&H1,0", L"$&H5" })
+        check(szText, Mismatch, Mismatch);
 }
 
 TEST(Variant, TextsAreReadAsNumbersOfEverySize)
 {
+    // behind each number: "1" for each of the types that can hold it
     const VARTYPE types[] = { VT_I1, VT_UI1, VT_I2, VT_UI2, VT_UI4, VT_I8, VT_UI8 };
-    const struct
-    {
-        const wchar_t* szText;
-        const char* results[7];
-    } rows[] = {
-        { L"127.5", { Overflow, "128", "128", "128", "128", "128", "128" } },
-        { L"-1", { "-1", Overflow, "-1", Overflow, Overflow, "-1", Overflow } },
-        { L"-129", { Overflow, Overflow, "-129", Overflow, Overflow, "-129", Overflow } },
-        { L"-0.5", { "0", "0", "0", "0", "0", "0", "0" } },
-        { L"256", { Overflow, Overflow, "256", "256", "256", "256", "256" } },
-        { L"65535", { Overflow, Overflow, Overflow, "65535", "65535", "65535", "65535" } },
-        { L"&HFF", { "-1", "255", "255", "255", "255", "255", "255" } },
-        { L"&HFFFF", { Overflow, Overflow, "-1", "65535", "65535", "65535", "65535" } },
-        { L"9223372036854775807",
-          { Overflow, Overflow, Overflow, Overflow, Overflow, "9223372036854775807", "9223372036854775807" } },
-        { L"-9223372036854775808",
-          { Overflow, Overflow, Overflow, Overflow, Overflow, "-9223372036854775808", Overflow } },
-        { L"18446744073709551615",
-          { Overflow, Overflow, Overflow, Overflow, Overflow, Overflow, "18446744073709551615" } },
-        { L"18446744073709551616", { Overflow, Overflow, Overflow, Overflow, Overflow, Overflow, Overflow } },
+    const std::tuple<const wchar_t*, const char*, std::string> rows[] = {
+        { L"127", "127", "1111111" },
+        { L"128", "128", "0111111" },
+        { L"-1", "-1", "1010010" },
+        { L"-129", "-129", "0010010" },
+        { L"-0.5", "0", "1111111" },
+        { L"256", "256", "0011111" },
+        { L"65535", "65535", "0001111" },
+        { L"9223372036854775807", "9223372036854775807", "0000011" },
+        { L"-9223372036854775808", "-9223372036854775808", "0000010" },
+        { L"18446744073709551615", "18446744073709551615", "0000001" },
+        { L"18446744073709551616", "", "0000000" },
     };
-    for (const auto& row : rows)
+    for (const auto& [szText, szNumber, fits] : rows)
         for (size_t i = 0; i < std::size(types); ++i)
-            EXPECT_EQ(row.results[i], Changed(row.szText, types[i])) << testing::PrintToString(row.szText) << types[i];
+            EXPECT_EQ(fits[i] == '1' ? szNumber : Overflow, Changed(szText, types[i]))
+                << testing::PrintToString(szText) << types[i];
+    EXPECT_EQ("-1", Changed(L"&HFF", VT_I1));
+    EXPECT_EQ("-1", Changed(L"&HFFFF", VT_I2));
+    EXPECT_EQ("65535", Changed(L"&HFFFF", VT_UI2));
 }
 
 TEST(Variant, TextsAreReadAsTruthValues)
 {
-    const struct
-    {
-        const wchar_t* szText;
-        const char* szResult;
-    } rows[] = {
-        { L"true", "true" },    { L"tRUe", "true" },    { L"#TRUE#", "true" },   { L"1", "true" },
-        { L"-1", "true" },      { L" 2 ", "true" },     { L"0.5", "true" },      { L"&H10", "true" },
-        { L"false", "false" },  { L"FALSE", "false" },  { L"#FALSE#", "false" }, { L"0", "false" },
-        { L"0.0", "false" },    { L"1e-400", "false" }, { L"yes", Mismatch },    { L"no", Mismatch },
-        { L"", Mismatch },      { L" true", Mismatch }, { L"true ", Mismatch },  { L"#true#", Mismatch },
-        { L"truex", Mismatch }, { L"tru", Mismatch },   { L"1e400", Overflow },
+    const std::pair<const char*, std::vector<const wchar_t*>> rows[] = {
+        { "true", { L"true", L"tRUe", L"#TRUE#", L"1", L"-1", L" 2 ", L"0.5", L"&H10" } },
+        { "false", { L"false", L"FALSE", L"#FALSE#", L"0", L"0.0", L"1e-400" } },
+        { Mismatch, { L"yes", L"no", L"", L" true", L"true ", L"#true#", L"truex", L"tru" } },
+        { Overflow, { L"1e400" } },
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.szResult, Changed(row.szText, VT_BOOL)) << testing::PrintToString(row.szText);
+    for (const auto& [szResult, texts] : rows)
+        for (const wchar_t* const szText : texts)
+            EXPECT_EQ(szResult, Changed(szText, VT_BOOL)) << testing::PrintToString(szText);
 }
 
 TEST(Variant, NullAndCutTexts)
@@ -267,124 +195,103 @@ TEST(Variant, NullAndCutTexts)
 
 TEST(Variant, NumbersAreWrittenAsTexts)
 {
-    const struct
-    {
-        VARIANT value;
-        const char* szText;
-    } rows[] = {
-        { Bits(VT_I2, -32768), "\"-32768\"" },
-        { Bits(VT_I4, 0x80000000u), "\"-2147483648\"" },
-        { Bits(VT_UI4, -1), "\"4294967295\"" },
-        { Bits(VT_I8, std::numeric_limits<LONGLONG>::min()), "\"-9223372036854775808\"" },
-        { Bits(VT_UI8, -1), "\"18446744073709551615\"" },
-        { Bits(VT_UI1, -1), "\"255\"" },
-        { Bits(VT_I1, -1), "\"-1\"" },
-        { Bits(VT_BOOL, VARIANT_TRUE), "\"-1\"" },
-        { Bits(VT_BOOL, VARIANT_FALSE), "\"0\"" },
-        { Bits(VT_BOOL, 7), "\"7\"" },
-        { Bits(VT_EMPTY, 0), "\"\"" },
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.szText, Changed(row.value, VT_BSTR));
-    EXPECT_EQ("\"True\"", Changed(Bits(VT_BOOL, 7), VT_BSTR, VARIANT_ALPHABOOL));
-    EXPECT_EQ("\"False\"", Changed(Bits(VT_BOOL, 0), VT_BSTR, VARIANT_ALPHABOOL));
-
-    // Below a ten-thousandth the platform and its re-implementations choose different forms.
-    const struct
-    {
-        double fValue;
-        const char* szText;
-    } reals[] = {
-        { 0, "\"0\"" },
-        { -0.0, "\"0\"" },
-        { -1.5, "\"-1.5\"" },
-        { 0.0005, "\"0.0005\"" },
-        { 0.1 + 0.2, "\"0.3\"" },
-        { 1.0 / 3, "\"0.333333333333333\"" },
-        { 100000000000000, "\"100000000000000\"" },
-        { 1e15, "\"1E+15\"" },
-        { -1e20, "\"-1E+20\"" },
-        { 1234567890123456, "\"1.23456789012346E+15\"" },
-        { 1e100, "\"1E+100\"" },
-    };
-    for (const auto& row : reals)
-        EXPECT_EQ(row.szText, Changed(_variant_t(row.fValue), VT_BSTR));
     VARIANT single = Bits(VT_R4, 0);
     single.fltVal = 1.0f / 3;
-    EXPECT_EQ("\"0.3333333\"", Changed(single, VT_BSTR));
+    constexpr LONGLONG nLeast = std::numeric_limits<LONGLONG>::min();
+    // Of the reals below a ten-thousandth the platform and its re-implementations choose different forms.
+    const std::pair<VARIANT, const char*> rows[] = {
+        { Bits(VT_I2, -32768), "-32768" },
+        { Bits(VT_I4, 0x80000000u), "-2147483648" },
+        { Bits(VT_UI4, -1), "4294967295" },
+        { Bits(VT_I8, nLeast), "-9223372036854775808" },
+        { Bits(VT_UI8, -1), "18446744073709551615" },
+        { Bits(VT_UI1, -1), "255" },
+        { Bits(VT_I1, -1), "-1" },
+        { Bits(VT_BOOL, VARIANT_TRUE), "-1" },
+        { Bits(VT_BOOL, VARIANT_FALSE), "0" },
+        { Bits(VT_BOOL, 7), "7" },
+        { Bits(VT_EMPTY, 0), "" },
+        { Real(0), "0" },
+        { Real(-0.0), "0" },
+        { Real(-1.5), "-1.5" },
+        { Real(0.0005), "0.0005" },
+        { Real(0.1 + 0.2), "0.3" },
+        { Real(1.0 / 3), "0.333333333333333" },
+        { Real(1e14), "100000000000000" },
+        { Real(1e15), "1E+15" },
+        { Real(-1e20), "-1E+20" },
+        { Real(1234567890123456), "1.23456789012346E+15" },
+        { Real(1e100), "1E+100" },
+        { single, "0.3333333" },
+    };
+    for (const auto& [value, szText] : rows)
+        EXPECT_EQ("\"" + std::string(szText) + "\"", Changed(value, VT_BSTR));
+    EXPECT_EQ("\"True\"", Changed(Bits(VT_BOOL, 7), VT_BSTR, VARIANT_ALPHABOOL));
+    EXPECT_EQ("\"False\"", Changed(Bits(VT_BOOL, 0), VT_BSTR, VARIANT_ALPHABOOL));
 }
 
 TEST(Variant, NumbersChangeTheirType)
 {
-    const struct
-    {
-        VARIANT value;
-        VARTYPE vt;
-        const char* szResult;
-    } rows[] = {
+    const VARIANT five = Bits(VT_I4, 5);
+    const VARIANT minusOne = Bits(VT_I4, -1); // the bits of the same size stay
+    const VARIANT yes = Bits(VT_BOOL, VARIANT_TRUE);
+    const VARIANT empty = Bits(VT_EMPTY, 0);
+    const VARIANT null = Bits(VT_NULL, 0);
+    const VARIANT error = Bits(VT_ERROR, 5);
+    const std::tuple<VARIANT, VARTYPE, const char*> rows[] = {
         { Bits(VT_I4, 70000), VT_I2, Overflow },
         { Bits(VT_I4, 70000), VT_I8, "70000" },
-        { Bits(VT_I4, -1), VT_I2, "-1" },
-        { Bits(VT_I4, -1), VT_UI2, Overflow },
-        { Bits(VT_I4, -1), VT_UI8, Overflow },
-        { Bits(VT_I4, -1), VT_UI4, "4294967295" }, // the bits of the same size stay
+        { minusOne, VT_I2, "-1" },
+        { minusOne, VT_UI2, Overflow },
+        { minusOne, VT_UI8, Overflow },
+        { minusOne, VT_UI4, "4294967295" },
         { Bits(VT_UI4, -1), VT_I4, "-1" },
         { Bits(VT_UI1, 200), VT_I1, "-56" },
         { Bits(VT_I2, -1), VT_UI2, "65535" },
         { Bits(VT_I8, -1), VT_UI8, "18446744073709551615" },
         { Bits(VT_UI4, -1), VT_I8, "4294967295" },
         { Bits(VT_I4, 0x80000000u), VT_R8, "-2147483648" },
-        { Bits(VT_I4, 5), VT_R4, "5" },
-        { Bits(VT_I4, 5), VT_BOOL, "true" },
+        { five, VT_R4, "5" },
+        { five, VT_BOOL, "true" },
         { Bits(VT_I4, 0), VT_BOOL, "false" },
-        { Bits(VT_BOOL, VARIANT_TRUE), VT_I4, "-1" },
-        { Bits(VT_BOOL, VARIANT_TRUE), VT_UI1, "255" },
-        { Bits(VT_BOOL, VARIANT_TRUE), VT_UI8, "18446744073709551615" },
-        { Bits(VT_BOOL, VARIANT_TRUE), VT_R8, "-1" },
+        { yes, VT_I4, "-1" },
+        { yes, VT_UI1, "255" },
+        { yes, VT_R8, "-1" },
+        { yes, VT_UI8, "18446744073709551615" },
         { Bits(VT_BOOL, 7), VT_BOOL, "odd" },
-        { Bits(VT_EMPTY, 0), VT_I4, "0" },
-        { Bits(VT_EMPTY, 0), VT_BOOL, "false" },
-        { Bits(VT_EMPTY, 0), VT_R8, "0" },
-        { Bits(VT_EMPTY, 0), VT_NULL, "null" },
-        { Bits(VT_EMPTY, 0), VT_ERROR, Mismatch },
-        { Bits(VT_NULL, 0), VT_NULL, "null" },
-        { Bits(VT_NULL, 0), VT_I4, Mismatch },
-        { Bits(VT_NULL, 0), VT_BOOL, Mismatch },
-        { Bits(VT_NULL, 0), VT_BSTR, Mismatch },
-        { Bits(VT_NULL, 0), VT_EMPTY, Mismatch },
-        { Bits(VT_I4, 5), VT_EMPTY, "empty" },
-        { Bits(VT_I4, 5), VT_UNKNOWN, Mismatch },
-        { Bits(VT_ERROR, 5), VT_I4, Mismatch },
-        { Bits(VT_ERROR, 5), VT_BSTR, Mismatch },
-        { Bits(VT_ERROR, 5), VT_EMPTY, Mismatch },
+        { empty, VT_I4, "0" },
+        { empty, VT_BOOL, "false" },
+        { empty, VT_R8, "0" },
+        { empty, VT_NULL, "null" },
+        { empty, VT_ERROR, Mismatch },
+        { null, VT_NULL, "null" },
+        { null, VT_I4, Mismatch },
+        { null, VT_BOOL, Mismatch },
+        { null, VT_BSTR, Mismatch },
+        { null, VT_EMPTY, Mismatch },
+        { five, VT_EMPTY, "empty" },
+        { five, VT_UNKNOWN, Mismatch },
+        { error, VT_I4, Mismatch },
+        { error, VT_BSTR, Mismatch },
+        { error, VT_EMPTY, Mismatch },
         { Bits(VT_UNKNOWN, 0), VT_BSTR, Mismatch },
         { Bits(VT_UNKNOWN, 0), VT_DISPATCH, "type 9" },
-        { Bits(VT_I4, 5), 15, "bad type" },
-        { Bits(VT_I4, 5), 999, "bad type" },
+        { five, VARTYPE{ 15 }, "bad type" },
+        { five, VARTYPE{ 999 }, "bad type" },
         { Bits(999, 5), VT_I4, "bad type" },
+        { Real(2.5), VT_I4, "2" },
+        { Real(3.5), VT_I4, "4" },
+        { Real(-0.5), VT_UI1, "0" },
+        { Real(-1), VT_UI4, Overflow },
+        { Real(32767.5), VT_I2, Overflow },
+        { Real(1e10), VT_I4, Overflow },
+        { Real(1e10), VT_I8, "10000000000" },
+        { Real(1e20), VT_UI8, Overflow },
+        { Real(1e100), VT_R4, Overflow },
+        { Real(0.5), VT_BOOL, "true" },
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.szResult, Changed(row.value, row.vt)) << row.value.vt << " to " << row.vt;
-
-    const struct
-    {
-        double fValue;
-        VARTYPE vt;
-        const char* szResult;
-    } reals[] = {
-        { 2.5, VT_I4, "2" },
-        { 3.5, VT_I4, "4" },
-        { -0.5, VT_UI1, "0" },
-        { -1, VT_UI4, Overflow },
-        { 32767.5, VT_I2, Overflow },
-        { 1e10, VT_I4, Overflow },
-        { 1e10, VT_I8, "10000000000" },
-        { 1e20, VT_UI8, Overflow },
-        { 1e100, VT_R4, Overflow },
-        { 0.5, VT_BOOL, "true" },
-    };
-    for (const auto& row : reals)
-        EXPECT_EQ(row.szResult, Changed(_variant_t(row.fValue), row.vt)) << row.fValue << " to " << row.vt;
+    for (const auto& [value, vt, szResult] : rows)
+        EXPECT_EQ(szResult, Changed(value, vt)) << value.vt << " to " << vt;
 }
 
 TEST(Variant, AFailedChangeLeavesTheValue)
@@ -423,18 +330,19 @@ TEST(Variant, CopiesAreIndependent)
 
 TEST(Bstr, CountsItsUnits)
 {
-    const struct
+    const std::tuple<const wchar_t*, UINT> rows[] = {
+        { L"", 0 },
+        { L"ab", 2 },
+        { L"a\0b", 3 },
+        { L"\xD83D\xDE00", 2 },
+    };
+    for (const auto& [szText, nLength] : rows)
     {
-        const wchar_t* szText;
-        UINT nLength;
-    } rows[] = { { L"", 0 }, { L"ab", 2 }, { L"a\0b", 3 }, { L"\xD83D\xDE00", 2 } };
-    for (const auto& row : rows)
-    {
-        BSTR bstr = SysAllocStringLen(row.szText, row.nLength);
-        EXPECT_EQ(row.nLength, SysStringLen(bstr));
-        EXPECT_EQ(2 * row.nLength, SysStringByteLen(bstr));
-        EXPECT_EQ(L'\0', bstr[row.nLength]);
-        EXPECT_EQ(std::wstring(row.szText, row.nLength), std::wstring(bstr, row.nLength));
+        BSTR bstr = SysAllocStringLen(szText, nLength);
+        EXPECT_EQ(nLength, SysStringLen(bstr));
+        EXPECT_EQ(2 * nLength, SysStringByteLen(bstr));
+        EXPECT_EQ(L'\0', bstr[nLength]);
+        EXPECT_EQ(std::wstring(szText, nLength), std::wstring(bstr, nLength));
         SysFreeString(bstr);
     }
     BSTR zeros = SysAllocStringLen(nullptr, 3);
@@ -472,12 +380,7 @@ TEST(VariantOwner, OwnsItsValue)
 
 TEST(VariantOwner, GivesEachTypeItsTag)
 {
-    const struct
-    {
-        _variant_t value;
-        VARTYPE vt;
-        const char* szValue;
-    } rows[] = {
+    const std::tuple<_variant_t, VARTYPE, const char*> rows[] = {
         { _variant_t(), VT_EMPTY, "empty" },
         { _variant_t(true), VT_BOOL, "true" },
         { _variant_t(VARIANT_TRUE, VT_BOOL), VT_BOOL, "true" },
@@ -488,10 +391,10 @@ TEST(VariantOwner, GivesEachTypeItsTag)
         { _variant_t(1.5), VT_R8, "1.5" },
         { _variant_t(L"t"), VT_BSTR, "\"t\"" },
     };
-    for (const auto& row : rows)
+    for (const auto& [value, vt, szValue] : rows)
     {
-        EXPECT_EQ(row.vt, row.value.vt);
-        EXPECT_EQ(row.szValue, Render(row.value));
+        EXPECT_EQ(vt, value.vt);
+        EXPECT_EQ(szValue, Render(value));
     }
 }
 
