@@ -6,6 +6,7 @@
 #include <atomic>
 #include <random>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -49,24 +50,19 @@ private:
 
 TEST(Waits, OneOfSeveralIsTheLowestSignalledAndOnlyThatIsTaken)
 {
-    const struct
-    {
-        const char* szStates;
-        bool bAll;
-        DWORD dwResult;
-        const char* szLeft; // signals after the wait
-    } rows[] = {
+    // szLeft: signals after the wait
+    const std::tuple<const char*, bool, DWORD, const char*> rows[] = {
         { "aaa", false, WAIT_TIMEOUT, "000" },  { "aAA", false, WAIT_OBJECT_0 + 1, "001" },
         { "AAA", false, WAIT_OBJECT_0, "011" }, { "aMA", false, WAIT_OBJECT_0 + 1, "011" },
         { "MA", false, WAIT_OBJECT_0, "11" },   { "aAA", true, WAIT_TIMEOUT, "011" },
         { "AAA", true, WAIT_OBJECT_0, "000" },  { "AMA", true, WAIT_OBJECT_0, "010" },
         { "Mm", true, WAIT_TIMEOUT, "10" },     { "A", true, WAIT_OBJECT_0, "0" },
     };
-    for (const auto& row : rows)
+    for (const auto& [szStates, bAll, dwResult, szLeft] : rows)
     {
-        const CEvents events(row.szStates);
-        EXPECT_EQ(row.dwResult, events.Wait(row.bAll)) << row.szStates << row.bAll;
-        EXPECT_EQ(row.szLeft, events.Signals()) << row.szStates << row.bAll;
+        const CEvents events(szStates);
+        EXPECT_EQ(dwResult, events.Wait(bAll)) << szStates << bAll;
+        EXPECT_EQ(szLeft, events.Signals()) << szStates << bAll;
     }
 }
 
