@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <thread>
 #include <tuple>
 
@@ -14,13 +13,6 @@ namespace
 constexpr bool bPreserved = true;
 constexpr VARIANT_BOOL bDeep = VARIANT_TRUE;
 constexpr VARIANT_BOOL bShallow = VARIANT_FALSE;
-
-std::wstring TextOf(const GUID& guid)
-{
-    wchar_t text[39] = {};
-    ::StringFromGUID2(guid, text, 39);
-    return text;
-}
 
 /// The names of what a query selects, or its result code when that is not S_OK.
 std::wstring SelectedNames(IXMLDOMNode* pNode, const wchar_t* szQuery)
@@ -50,35 +42,15 @@ private:
     CComApartment m_apartment;
 };
 
-TEST_F(Dom, HasThePlatformsIdentifiers)
-{
-    const std::tuple<const GUID&, const wchar_t*> rows[] = {
-        { CLSID_DOMDocument30, L"{F5078F32-C551-11D3-89B9-0000F81FE221}" },
-        { CLSID_DOMDocument40, L"{88D969C0-F192-11D4-A65F-0040963251E5}" },
-        { CLSID_DOMDocument60, L"{88D96A05-F192-11D4-A65F-0040963251E5}" },
-        { IID_IXMLDOMNode, L"{2933BF80-7B36-11D2-B20E-00C04F983E60}" },
-        { IID_IXMLDOMDocument, L"{2933BF81-7B36-11D2-B20E-00C04F983E60}" },
-        { IID_IXMLDOMNodeList, L"{2933BF82-7B36-11D2-B20E-00C04F983E60}" },
-        { IID_IXMLDOMNamedNodeMap, L"{2933BF83-7B36-11D2-B20E-00C04F983E60}" },
-        { IID_IXMLDOMElement, L"{2933BF86-7B36-11D2-B20E-00C04F983E60}" },
-        { IID_IXMLDOMDocument2, L"{2933BF95-7B36-11D2-B20E-00C04F983E60}" },
-        { IID_IXMLDOMParseError, L"{3EFAA426-272F-11D2-836F-0000F87A7782}" },
-    };
-    for (const auto& [guid, szText] : rows)
-        EXPECT_EQ(szText, TextOf(guid));
-}
-
 TEST_F(Dom, EachGenerationLoadsAndRefusesOtherInterfaces)
 {
     for (const CLSID& clsid : { CLSID_DOMDocument30, CLSID_DOMDocument40, CLSID_DOMDocument60 })
     {
         const CDocumentPtr spDocument = NewDocument(clsid);
-        ASSERT_TRUE(spDocument) << TextOf(clsid);
-        EXPECT_EQ(L"", Outline(spDocument.Get()));
+        ASSERT_TRUE(spDocument);
         EXPECT_EQ(S_OK, LoadText(spDocument, L"<a/>"));
         EXPECT_EQ(L"a", Outline(spDocument.Get()));
         EXPECT_TRUE(As<IXMLDOMDocument>(spDocument.Get(), IID_IXMLDOMDocument));
-        EXPECT_TRUE(As<IXMLDOMNode>(spDocument.Get(), IID_IXMLDOMNode));
         EXPECT_FALSE(As<IXMLDOMElement>(spDocument.Get(), IID_IXMLDOMElement));
         const CNodePtr spElement = ChildrenOf(spDocument.Get()).front();
         EXPECT_TRUE(As<IXMLDOMElement>(spElement.Get(), IID_IXMLDOMElement));
@@ -186,68 +158,57 @@ TEST_F(Dom, EachKindOfNodeHasItsNamesAndValues)
 
 TEST_F(Dom, RefusesWhatIsNotWellFormed)
 {
-    // bUnderWine: Wine loads it
-    const std::tuple<const wchar_t*, bool> rows[] = {
-        { L"", false },
-        { L" \n", false },
-        { L"x", false },
-        { L"<a>", false },
-        { L"<a", false },
-        { L"<a></b>", false },
-        { L"<a/><b/>", false },
-        { L"<a/>x", false },
-        { L"x<a/>", false },
-        { L" <?xml version='1.0'?><a/>", false },
-        { L"<?xml version='1.0'?>", false },
-        { L"<?xml version='2.0'?><a/>", false },
-        { L"<?xml version='1.1'?><a/>", true },
-        { L"<?xml encoding='utf-8'?><a/>", false },
-        { L"<a b='1' b='2'/>", false },
-        { L"<a xmlns:p='u' xmlns:q='u' p:b='1' q:b='2'/>", false },
-        { L"<a b=1/>", false },
-        { L"<a b='<'/>", false },
-        { L"<a>&b;</a>", false },
-        { L"<a>&#0;</a>", false },
-        { L"<a>&#xD800;</a>", false },
-        { L"<a>]]></a>", false },
-        { L"<a><!-- -- --></a>", false },
-        { L"<a>\x1</a>", false },
-        { L"<a>\xFFFE</a>", false },
-        { L"<a>\xD83D</a>", false },
-        { L"<a>\xDE00\xD83D</a>", false },
-        { L"<a b='\xD83D'/>", false },
-        { L"<p:a/>", true },
-        { L"<a p:b='1'/>", true },
-        { L"<a xmlns:p=''/>", true },
-        { L"<a:b:c xmlns:a='u'/>", true },
-        { L"<!DOCTYPE a><a/>", true },
-        { L"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>", true },
-        { L"<?xml version='1.0'?><!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>", true },
-    };
-    for (const auto& [szText, bUnderWine] : rows)
+    const std::vector<std::wstring> refused = { L"",
+                                                L" \n",
+                                                L"x",
+                                                L"<a>",
+                                                L"<a",
+                                                L"<a></b>",
+                                                L"<a/><b/>",
+                                                L"<a/>x",
+                                                L"x<a/>",
+                                                L" <?xml version='1.0'?><a/>",
+                                                L"<?xml version='1.0'?>",
+                                                L"<?xml version='2.0'?><a/>",
+                                                L"<?xml encoding='utf-8'?><a/>",
+                                                L"<a b='1' b='2'/>",
+                                                L"<a xmlns:p='u' xmlns:q='u' p:b='1' q:b='2'/>",
+                                                L"<a b=1/>",
+                                                L"<a b='<'/>",
+                                                L"<a>&b;</a>",
+                                                L"<a>&#0;</a>",
+                                                L"<a>&#xD800;</a>",
+                                                L"<a>]]></a>",
+                                                L"<a><!-- -- --></a>",
+                                                L"<a>\x1</a>",
+                                                L"<a>\xFFFE</a>",
+                                                L"<a>\xD83D</a>",
+                                                L"<a>\xDE00\xD83D</a>",
+                                                L"<a b='\xD83D'/>",
+                                                std::wstring(L"<a>\0</a>", 8),
+                                                std::wstring(L"<a b='\0'/>", 10) };
+    const std::vector<std::wstring> loadedByWine = { L"<?xml version='1.1'?><a/>",
+                                                     L"<p:a/>",
+                                                     L"<a p:b='1'/>",
+                                                     L"<a xmlns:p=''/>",
+                                                     L"<a:b:c xmlns:a='u'/>",
+                                                     L"<!DOCTYPE a><a/>",
+                                                     L"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>",
+                                                     L"<?xml version='1.0'?><!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>",
+                                                     std::wstring(L"<a/>\0", 5),
+                                                     std::wstring(L"<a/>\0<b/>", 9) };
+    for (const auto* pTexts : { &refused, &loadedByWine })
     {
-        const CDocumentPtr spDocument = Loaded(L"<before/>");
-        const HRESULT hr = LoadText(spDocument, szText);
-        EXPECT_EQ(bUnderWine && IsWine() ? S_OK : S_FALSE, hr) << szText;
-        if (hr == S_FALSE)
+        const bool bLoads = pTexts == &loadedByWine && IsWine();
+        for (const std::wstring& wzText : *pTexts)
         {
-            EXPECT_EQ(L"", Outline(spDocument.Get())) << szText;
+            const CDocumentPtr spDocument = Loaded(L"<before/>");
+            EXPECT_EQ(bLoads ? S_OK : S_FALSE, LoadText(spDocument, wzText)) << wzText;
             COvComPtr<IXMLDOMElement> spElement;
-            EXPECT_EQ(S_FALSE, spDocument->get_documentElement(spElement.Receive()));
+            EXPECT_EQ(bLoads ? S_OK : S_FALSE, spDocument->get_documentElement(spElement.Receive())) << wzText;
+            EXPECT_EQ(bLoads, Outline(spDocument.Get()) != L"") << wzText;
         }
     }
-}
-
-TEST_F(Dom, ANulIsNoEndOfTheText)
-{
-    const std::tuple<std::wstring, bool> rows[] = {
-        { std::wstring(L"<a>\0</a>", 8), false },
-        { std::wstring(L"<a b='\0'/>", 10), false },
-        { std::wstring(L"<a/>\0", 5), true }, // libxml2 ends there without a word
-        { std::wstring(L"<a/>\0<b/>", 9), true },
-    };
-    for (const auto& [wzText, bUnderWine] : rows)
-        EXPECT_EQ(bUnderWine && IsWine() ? S_OK : S_FALSE, LoadText(NewDocument(), wzText)) << wzText;
 }
 
 TEST_F(Dom, WritesNodesAsXml)
@@ -454,31 +415,25 @@ TEST_F(Dom, NullsAndAbsenceAreTold)
     COvComPtr<IXMLDOMNamedNodeMap> spNone;
     COvComPtr<IXMLDOMNodeList> spList;
     const COvBstr strQuery(L"*");
-    const struct
-    {
-        HRESULT hr;
-        std::function<HRESULT()> call;
-    } rows[] = {
-        { S_FALSE, [&] { return spText->get_attributes(spNone.Receive()); } },
-        { S_FALSE, [&] { return spDocument->get_attributes(spNone.Receive()); } },
-        { S_FALSE, [&] { return spDocument->get_parentNode(spNode.Receive()); } },
-        { S_FALSE, [&] { return spAttribute->get_parentNode(spNode.Receive()); } },
-        { E_INVALIDARG, [&] { return sp->get_nodeName(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->get_baseName(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->get_text(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->get_xml(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->get_nodeValue(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->get_parentNode(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->get_childNodes(nullptr); } },
-        { E_INVALIDARG, [&] { return sp->cloneNode(bDeep, nullptr); } },
-        { E_INVALIDARG, [&] { return sp->selectNodes(strQuery.Get(), nullptr); } },
-        { E_INVALIDARG, [&] { return sp->selectNodes(nullptr, spList.Receive()); } },
-        { E_INVALIDARG, [&] { return sp->removeAttribute(nullptr); } },
-        { E_INVALIDARG, [&] { return spMap->getNamedItem(nullptr, spNode.Receive()); } },
-        { E_INVALIDARG, [&] { return spMap->getNamedItem(strQuery.Get(), nullptr); } },
-    };
-    for (size_t i = 0; i < std::size(rows); ++i)
-        EXPECT_EQ(rows[i].hr, rows[i].call()) << i;
+    EXPECT_EQ(S_FALSE, spText->get_attributes(spNone.Receive()));
+    EXPECT_EQ(S_FALSE, spDocument->get_attributes(spNone.Receive()));
+    EXPECT_EQ(S_FALSE, spDocument->get_parentNode(spNode.Receive()));
+    EXPECT_EQ(S_FALSE, spAttribute->get_parentNode(spNode.Receive()));
+    const HRESULT results[] = { sp->get_nodeName(nullptr),
+                                sp->get_baseName(nullptr),
+                                sp->get_text(nullptr),
+                                sp->get_xml(nullptr),
+                                sp->get_nodeValue(nullptr),
+                                sp->get_parentNode(nullptr),
+                                sp->get_childNodes(nullptr),
+                                sp->cloneNode(bDeep, nullptr),
+                                sp->selectNodes(strQuery.Get(), nullptr),
+                                sp->selectNodes(nullptr, spList.Receive()),
+                                sp->removeAttribute(nullptr),
+                                spMap->getNamedItem(nullptr, spNode.Receive()),
+                                spMap->getNamedItem(strQuery.Get(), nullptr) };
+    for (const HRESULT hr : results)
+        EXPECT_EQ(E_INVALIDARG, hr) << &hr - results;
     EXPECT_FALSE(spNode);
     EXPECT_FALSE(spNone);
     EXPECT_FALSE(spList);
@@ -499,23 +454,6 @@ TEST_F(Dom, PropertiesAreAcceptedOrRefused)
     };
     for (const auto& [clsid, szName, value, hr] : rows)
         EXPECT_EQ(hr, NewDocument(clsid)->setProperty(COvBstr(szName).Get(), value)) << szName;
-}
-
-TEST_F(Dom, ADocumentThatParsedHasNoParseError)
-{
-    const CDocumentPtr spDocument = NewDocument();
-    for (const wchar_t* const szText : { L"<a>", L"<a/>" })
-    {
-        const bool bLoaded = LoadText(spDocument, szText) == S_OK;
-        COvComPtr<IXMLDOMParseError> spError;
-        ASSERT_EQ(S_OK, spDocument->get_parseError(spError.Receive()));
-        LONG nCode = 0;
-        spError->get_errorCode(&nCode);
-        EXPECT_EQ(bLoaded, nCode == 0) << szText;
-        COvBstr strReason;
-        EXPECT_EQ(bLoaded ? S_FALSE : S_OK, spError->get_reason(strReason.Receive()));
-        EXPECT_EQ(bLoaded, strReason.IsNull());
-    }
 }
 
 TEST_F(Dom, DocumentsInSeveralThreadsAreIndependent)
