@@ -2,6 +2,8 @@
 #include "OvPlatform.h"
 #include "Platform/Control.h"
 
+#include "RegistryValues.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -21,39 +23,9 @@
 namespace
 {
 
-constexpr wchar_t s_szKey[] = L"SOFTWARE\\OvFileTest";
-
-using CBytes = std::vector<BYTE>;
-
-LSTATUS Write(const wchar_t* szName, const CBytes& data, const wchar_t* szKey = s_szKey)
-{
-    HKEY hKey = nullptr;
-    LSTATUS lResult =
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    lResult = RegSetValueExW(hKey, szName, 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size()));
-    RegCloseKey(hKey);
-    return lResult;
-}
-
-LSTATUS Read(const wchar_t* szName, CBytes& data, const wchar_t* szKey = s_szKey)
-{
-    HKEY hKey = nullptr;
-    LSTATUS lResult = RegOpenKeyExW(HKEY_LOCAL_MACHINE, szKey, 0, KEY_READ, &hKey);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    data.resize(100000);
-    auto cb = static_cast<DWORD>(data.size());
-    lResult = RegQueryValueExW(hKey, szName, nullptr, nullptr, data.data(), &cb);
-    data.resize(lResult == ERROR_SUCCESS ? cb : 0);
-    RegCloseKey(hKey);
-    return lResult;
-}
-
 CBytes ReadBytes(const wchar_t* szName)
 {
-    CBytes data;
+    CBytes data(100000);
     EXPECT_EQ(ERROR_SUCCESS, Read(szName, data)) << testing::PrintToString(szName);
     return data;
 }
@@ -150,10 +122,7 @@ TEST_F(RegistryFile, OutlivesTheProcess)
 {
     EXPECT_EQ(0, ExitCodeOf(Spawn([] {
                   EXPECT_EQ(ERROR_SUCCESS, Write(L"Name", { 1, 2, 3 }));
-                  HKEY hVolatile = nullptr;
-                  EXPECT_EQ(ERROR_SUCCESS,
-                            RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OvVolatile", 0, nullptr,
-                                            REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &hVolatile, nullptr));
+                  EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 }, L"SOFTWARE\\OvVolatile", REG_OPTION_VOLATILE));
               })));
     Use();
     EXPECT_EQ((CBytes{ 1, 2, 3 }), ReadBytes(L"NAME"));
