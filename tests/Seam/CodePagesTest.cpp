@@ -155,43 +155,20 @@ TEST(CodePages, LengthMinusOneTakesTheNulAlong)
     EXPECT_EQ(std::string("a\0b", 3), Narrow(Western, std::wstring(L"a\0b", 3)));
 }
 
-TEST(CodePages, TooLittleRoomIsTold)
+TEST(CodePages, ArgumentsThatAreNoneAndTooLittleRoomAreTold)
 {
     wchar_t units[4] = {};
     char bytes[4] = {};
-    const std::tuple<const char*, int> rows[] = {
-        { "1252 in", ::MultiByteToWideChar(Western, 0, "abc", 3, units, 2) },
-        { "1252 out", ::WideCharToMultiByte(Western, 0, L"abc", 3, bytes, 2, nullptr, nullptr) },
-        { "UTF-8 out", ::WideCharToMultiByte(CP_UTF8, 0, L"\x20AC", 1, bytes, 2, nullptr, nullptr) },
-        { "932 out", ::WideCharToMultiByte(Japanese, 0, L"\x30C6", 1, bytes, 1, nullptr, nullptr) },
-    };
-    for (const auto& [szCall, nResult] : rows)
-        EXPECT_EQ(0, nResult) << szCall;
-    EXPECT_EQ(0, ::MultiByteToWideChar(Western, 0, "abc", 3, units, 2));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER), ::GetLastError());
-    EXPECT_EQ(0, ::WideCharToMultiByte(Western, 0, L"abc", 3, bytes, 2, nullptr, nullptr));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER), ::GetLastError());
-    EXPECT_EQ(3, ::MultiByteToWideChar(Western, 0, "abc", 3, units, 3)) << "exactly enough";
-}
-
-TEST(CodePages, ArgumentsThatAreNoneAreRefused)
-{
-    wchar_t units[4] = {};
-    char bytes[4] = {};
-    const auto widen = [&](UINT nPage, DWORD dwFlags, const char* szBytes, int nBytes, wchar_t* p, int nUnits) {
+    const auto widen = [](UINT nPage, DWORD dwFlags, const char* szBytes, int nBytes, wchar_t* p, int nUnits) {
         ::SetLastError(0);
         return ::MultiByteToWideChar(nPage, dwFlags, szBytes, nBytes, p, nUnits) == 0 ? ::GetLastError() : 0;
     };
-    const auto narrow = [&](UINT nPage, const wchar_t* szWide, int nUnits) {
+    const auto narrow = [&](UINT nPage, const wchar_t* szWide, int nUnits, int nRoom = 4) {
         ::SetLastError(0);
-        const int nBytes = ::WideCharToMultiByte(nPage, 0, szWide, nUnits, bytes, 4, nullptr, nullptr);
+        const int nBytes = ::WideCharToMultiByte(nPage, 0, szWide, nUnits, bytes, nRoom, nullptr, nullptr);
         return nBytes == 0 ? ::GetLastError() : 0;
     };
-    const struct
-    {
-        DWORD dwExpected;
-        DWORD dwError;
-    } rows[] = {
+    const std::pair<DWORD, DWORD> rows[] = {
         { ERROR_INVALID_PARAMETER, widen(Western, 0, "a", 0, units, 4) },
         { ERROR_INVALID_PARAMETER, widen(Western, 0, nullptr, 1, units, 4) },
         { ERROR_INVALID_PARAMETER, widen(Western, 0, "a", 1, nullptr, 4) },
@@ -201,9 +178,14 @@ TEST(CodePages, ArgumentsThatAreNoneAreRefused)
         { 0, widen(Western, MB_PRECOMPOSED, "a", 1, units, 4) },
         { ERROR_INVALID_PARAMETER, narrow(Western, L"a", 0) },
         { ERROR_INVALID_PARAMETER, narrow(12345, L"a", 1) },
+        { ERROR_INSUFFICIENT_BUFFER, widen(Western, 0, "abc", 3, units, 2) },
+        { 0, widen(Western, 0, "abc", 3, units, 3) },
+        { ERROR_INSUFFICIENT_BUFFER, narrow(Western, L"abc", 3, 2) },
+        { ERROR_INSUFFICIENT_BUFFER, narrow(CP_UTF8, L"\x20AC", 1, 2) },
+        { ERROR_INSUFFICIENT_BUFFER, narrow(Japanese, L"\x30C6", 1, 1) },
     };
-    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i)
-        EXPECT_EQ(rows[i].dwExpected, rows[i].dwError) << "row " << i;
+    for (const auto& row : rows)
+        EXPECT_EQ(row.first, row.second) << "row " << &row - rows;
 }
 
 TEST(CodePages, TheAnsiPageIsTheWesternOne)
