@@ -56,7 +56,12 @@ TEST(Events, ANameIsOneObjectWhileAHandleIsOpen)
     for (int i = 0; i < 2; ++i) // it is the first one: signalled, and manual-reset
         EXPECT_TRUE(IsSignalled(second));
     first.reset();
-    EXPECT_NE(nullptr, Open(s_szName).get());
+    for (const DWORD dwAccess : { SYNCHRONIZE, EVENT_MODIFY_STATE, EVENT_ALL_ACCESS, MAXIMUM_ALLOWED })
+    {
+        const CTestHandle opened = Open(s_szName, dwAccess);
+        EXPECT_EQ(dwAccess != SYNCHRONIZE, ::SetEvent(opened.get()) != FALSE) << dwAccess;
+        EXPECT_EQ(dwAccess != EVENT_MODIFY_STATE, IsSignalled(opened)) << dwAccess;
+    }
     second.reset();
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND),
               LastErrorAfter([] { EXPECT_EQ(nullptr, Open(s_szName).get()); }));
