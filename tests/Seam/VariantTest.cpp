@@ -195,98 +195,79 @@ TEST(Variant, NullAndCutTexts)
 
 TEST(Variant, NumbersAreWrittenAsTexts)
 {
-    VARIANT single = Bits(VT_R4, 0);
-    single.fltVal = 1.0f / 3;
-    constexpr LONGLONG nLeast = std::numeric_limits<LONGLONG>::min();
-    // Of the reals below a ten-thousandth the platform and its re-implementations choose different forms.
-    const std::pair<VARIANT, const char*> rows[] = {
-        { Bits(VT_I2, -32768), "-32768" },
-        { Bits(VT_I4, 0x80000000u), "-2147483648" },
-        { Bits(VT_UI4, -1), "4294967295" },
-        { Bits(VT_I8, nLeast), "-9223372036854775808" },
-        { Bits(VT_UI8, -1), "18446744073709551615" },
-        { Bits(VT_UI1, -1), "255" },
-        { Bits(VT_I1, -1), "-1" },
-        { Bits(VT_BOOL, VARIANT_TRUE), "-1" },
-        { Bits(VT_BOOL, VARIANT_FALSE), "0" },
-        { Bits(VT_BOOL, 7), "7" },
-        { Bits(VT_EMPTY, 0), "" },
-        { Real(0), "0" },
-        { Real(-0.0), "0" },
-        { Real(-1.5), "-1.5" },
-        { Real(0.0005), "0.0005" },
-        { Real(0.1 + 0.2), "0.3" },
-        { Real(1.0 / 3), "0.333333333333333" },
-        { Real(1e14), "100000000000000" },
-        { Real(1e15), "1E+15" },
-        { Real(-1e20), "-1E+20" },
-        { Real(1234567890123456), "1.23456789012346E+15" },
-        { Real(1e100), "1E+100" },
-        { single, "0.3333333" },
+    const std::tuple<VARTYPE, LONGLONG, const char*> rows[] = {
+        { VT_I2, -32768, "-32768" },
+        { VT_I4, 0x80000000, "-2147483648" },
+        { VT_UI4, -1, "4294967295" },
+        { VT_UI1, -1, "255" },
+        { VT_I1, -1, "-1" },
+        { VT_BOOL, VARIANT_TRUE, "-1" },
+        { VT_BOOL, VARIANT_FALSE, "0" },
+        { VT_BOOL, 7, "7" },
+        { VT_EMPTY, 0, "" },
     };
-    for (const auto& [value, szText] : rows)
-        EXPECT_EQ("\"" + std::string(szText) + "\"", Changed(value, VT_BSTR));
+    for (const auto& [vt, nBits, szText] : rows)
+        EXPECT_EQ("\"" + std::string(szText) + "\"", Changed(Bits(vt, nBits), VT_BSTR));
+    EXPECT_EQ("\"18446744073709551615\"", Changed(Bits(VT_UI8, -1), VT_BSTR));
+    EXPECT_EQ("\"-9223372036854775808\"", Changed(Bits(VT_I8, std::numeric_limits<LONGLONG>::min()), VT_BSTR));
     EXPECT_EQ("\"True\"", Changed(Bits(VT_BOOL, 7), VT_BSTR, VARIANT_ALPHABOOL));
     EXPECT_EQ("\"False\"", Changed(Bits(VT_BOOL, 0), VT_BSTR, VARIANT_ALPHABOOL));
+    // Below a ten-thousandth the platform and its re-implementations choose different forms.
+    const std::pair<double, const char*> reals[] = {
+        { 0, "0" },           { -0.0, "0" },     { -1.5, "-1.5" },    { 0.0005, "0.0005" },
+        { 0.1 + 0.2, "0.3" }, { 1e15, "1E+15" }, { -1e20, "-1E+20" }, { 1e100, "1E+100" },
+    };
+    for (const auto& [fValue, szText] : reals)
+        EXPECT_EQ("\"" + std::string(szText) + "\"", Changed(Real(fValue), VT_BSTR));
+    EXPECT_EQ("\"0.333333333333333\"", Changed(Real(1.0 / 3), VT_BSTR));
+    EXPECT_EQ("\"100000000000000\"", Changed(Real(1e14), VT_BSTR));
+    EXPECT_EQ("\"1.23456789012346E+15\"", Changed(Real(1234567890123456), VT_BSTR));
+    VARIANT single = Bits(VT_R4, 0);
+    single.fltVal = 1.0f / 3;
+    EXPECT_EQ("\"0.3333333\"", Changed(single, VT_BSTR));
 }
 
 TEST(Variant, NumbersChangeTheirType)
 {
-    const VARIANT five = Bits(VT_I4, 5);
-    const VARIANT minusOne = Bits(VT_I4, -1); // the bits of the same size stay
-    const VARIANT yes = Bits(VT_BOOL, VARIANT_TRUE);
-    const VARIANT empty = Bits(VT_EMPTY, 0);
-    const VARIANT null = Bits(VT_NULL, 0);
-    const std::tuple<VARIANT, VARTYPE, const char*> rows[] = {
-        { Bits(VT_I4, 70000), VT_I2, Overflow },
-        { Bits(VT_I4, 70000), VT_I8, "70000" },
-        { minusOne, VT_I2, "-1" },
-        { minusOne, VT_UI2, Overflow },
-        { minusOne, VT_UI8, Overflow },
-        { minusOne, VT_UI4, "4294967295" },
-        { Bits(VT_UI4, -1), VT_I4, "-1" },
-        { Bits(VT_UI1, 200), VT_I1, "-56" },
-        { Bits(VT_I2, -1), VT_UI2, "65535" },
-        { Bits(VT_I8, -1), VT_UI8, "18446744073709551615" },
-        { Bits(VT_UI4, -1), VT_I8, "4294967295" },
-        { Bits(VT_I4, 0x80000000u), VT_R8, "-2147483648" },
-        { five, VT_R4, "5" },
-        { five, VT_BOOL, "true" },
-        { Bits(VT_I4, 0), VT_BOOL, "false" },
-        { yes, VT_I4, "-1" },
-        { yes, VT_UI1, "255" },
-        { yes, VT_R8, "-1" },
-        { yes, VT_UI8, "18446744073709551615" },
-        { Bits(VT_BOOL, 7), VT_BOOL, "odd" },
-        { empty, VT_I4, "0" },
-        { empty, VT_BOOL, "false" },
-        { empty, VT_R8, "0" },
-        { empty, VT_NULL, "null" },
-        { null, VT_NULL, "null" },
-        { five, VT_EMPTY, "empty" },
-        { Bits(VT_UNKNOWN, 0), VT_DISPATCH, "type 9" },
-        { five, VARTYPE{ 15 }, "bad type" },
-        { five, VARTYPE{ 999 }, "bad type" },
-        { Bits(999, 5), VT_I4, "bad type" },
-        { Real(2.5), VT_I4, "2" },
-        { Real(3.5), VT_I4, "4" },
-        { Real(-0.5), VT_UI1, "0" },
-        { Real(-1), VT_UI4, Overflow },
-        { Real(32767.5), VT_I2, Overflow },
-        { Real(1e10), VT_I4, Overflow },
-        { Real(1e10), VT_I8, "10000000000" },
-        { Real(1e20), VT_UI8, Overflow },
-        { Real(1e100), VT_R4, Overflow },
-        { Real(0.5), VT_BOOL, "true" },
+    constexpr VARTYPE vtBad = 999;
+    // the bits of the same size stay
+    const std::tuple<VARTYPE, LONGLONG, VARTYPE, const char*> rows[] = {
+        { VT_I4, 70000, VT_I8, "70000" }, { VT_I4, -1, VT_I2, "-1" },       { VT_I4, -1, VT_UI2, Overflow },
+        { VT_I4, -1, VT_UI8, Overflow },  { VT_UI4, -1, VT_I4, "-1" },      { VT_UI1, 200, VT_I1, "-56" },
+        { VT_I2, -1, VT_UI2, "65535" },   { VT_I4, 5, VT_R4, "5" },         { VT_I4, 5, VT_BOOL, "true" },
+        { VT_I4, 0, VT_BOOL, "false" },   { VT_BOOL, -1, VT_I4, "-1" },     { VT_BOOL, -1, VT_UI1, "255" },
+        { VT_BOOL, -1, VT_R8, "-1" },     { VT_BOOL, 7, VT_BOOL, "odd" },   { VT_EMPTY, 0, VT_I4, "0" },
+        { VT_EMPTY, 0, VT_R8, "0" },      { VT_EMPTY, 0, VT_NULL, "null" }, { VT_NULL, 0, VT_NULL, "null" },
+        { VT_NULL, 0, VT_I4, Mismatch },  { VT_I4, 5, VT_EMPTY, "empty" },  { VT_ERROR, 5, VT_I4, Mismatch },
+        { VT_I4, 5, 15, "bad type" },     { VT_I4, 5, vtBad, "bad type" },  { vtBad, 5, VT_I4, "bad type" },
     };
-    for (const VARTYPE vt : { VT_I4, VT_BOOL, VT_BSTR, VT_EMPTY })
-        for (const VARTYPE vtFrom : { VT_NULL, VT_ERROR })
-            EXPECT_EQ(Mismatch, Changed(Bits(vtFrom, 0), vt)) << vtFrom << " to " << vt;
-    EXPECT_EQ(Mismatch, Changed(Bits(VT_UNKNOWN, 0), VT_BSTR));
-    EXPECT_EQ(Mismatch, Changed(five, VT_UNKNOWN));
-    EXPECT_EQ(Mismatch, Changed(empty, VT_ERROR));
-    for (const auto& [value, vt, szResult] : rows)
-        EXPECT_EQ(szResult, Changed(value, vt)) << value.vt << " to " << vt;
+    const std::tuple<VARTYPE, LONGLONG, VARTYPE, const char*> longRows[] = {
+        { VT_I4, 70000, VT_I2, Overflow },        { VT_I4, -1, VT_UI4, "4294967295" },
+        { VT_UI4, -1, VT_I8, "4294967295" },      { VT_EMPTY, 0, VT_BOOL, "false" },
+        { VT_EMPTY, 0, VT_ERROR, Mismatch },      { VT_NULL, 0, VT_BOOL, Mismatch },
+        { VT_NULL, 0, VT_BSTR, Mismatch },        { VT_NULL, 0, VT_EMPTY, Mismatch },
+        { VT_I4, 5, VT_UNKNOWN, Mismatch },       { VT_ERROR, 5, VT_BSTR, Mismatch },
+        { VT_ERROR, 5, VT_EMPTY, Mismatch },      { VT_UNKNOWN, 0, VT_BSTR, Mismatch },
+        { VT_UNKNOWN, 0, VT_DISPATCH, "type 9" },
+    };
+    const auto check = [](VARTYPE vtFrom, LONGLONG nBits, VARTYPE vt, const char* szResult) {
+        EXPECT_EQ(szResult, Changed(Bits(vtFrom, nBits), vt)) << vtFrom << " to " << vt;
+    };
+    for (const auto& row : rows)
+        std::apply(check, row);
+    for (const auto& row : longRows)
+        std::apply(check, row);
+    EXPECT_EQ("18446744073709551615", Changed(Bits(VT_I8, -1), VT_UI8));
+    EXPECT_EQ("18446744073709551615", Changed(Bits(VT_BOOL, VARIANT_TRUE), VT_UI8));
+    EXPECT_EQ("-2147483648", Changed(Bits(VT_I4, 0x80000000), VT_R8));
+    const std::tuple<double, VARTYPE, const char*> reals[] = {
+        { 2.5, VT_I4, "2" },        { 3.5, VT_I4, "4" },          { -0.5, VT_UI1, "0" },
+        { -1, VT_UI4, Overflow },   { 32767.5, VT_I2, Overflow }, { 1e10, VT_I4, Overflow },
+        { 1e20, VT_UI8, Overflow }, { 1e100, VT_R4, Overflow },   { 0.5, VT_BOOL, "true" },
+    };
+    EXPECT_EQ("10000000000", Changed(Real(1e10), VT_I8));
+    for (const auto& [fValue, vt, szResult] : reals)
+        EXPECT_EQ(szResult, Changed(Real(fValue), vt)) << fValue << " to " << vt;
 }
 
 TEST(Variant, AFailedChangeLeavesTheValue)
