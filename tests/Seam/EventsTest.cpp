@@ -56,7 +56,8 @@ TEST(Events, ANameIsOneObjectWhileAHandleIsOpen)
     for (int i = 0; i < 2; ++i) // it is the first one: signalled, and manual-reset
         EXPECT_TRUE(IsSignalled(second));
     first.reset();
-    for (const DWORD dwAccess : { SYNCHRONIZE, EVENT_MODIFY_STATE, EVENT_ALL_ACCESS, MAXIMUM_ALLOWED })
+    const DWORD accesses[] = { SYNCHRONIZE, EVENT_MODIFY_STATE, EVENT_ALL_ACCESS, MAXIMUM_ALLOWED };
+    for (const DWORD dwAccess : accesses)
     {
         const CTestHandle opened = Open(s_szName, dwAccess);
         EXPECT_EQ(dwAccess != SYNCHRONIZE, ::SetEvent(opened.get()) != FALSE) << dwAccess;
