@@ -1,9 +1,11 @@
 // Values and their conversions, as the platform has them: the rows hold on Windows and in the stand-in.
 #include "OvPlatform.h"
+#include "Wine.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <random>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -268,6 +270,54 @@ TEST(Variant, NumbersChangeTheirType)
     EXPECT_EQ("10000000000", Changed(Real(1e10), VT_I8));
     for (const auto& [fValue, vt, szResult] : reals)
         EXPECT_EQ(szResult, Changed(Real(fValue), vt)) << fValue << " to " << vt;
+}
+
+// The re-implementation of Windows goes its own way here: it reports an overflow for the largest double, takes several
+// signs in an exponent, fails on an exponent of more than 31 bits and cuts a 64-bit number for a 16-bit type.
+TEST(Variant, FollowsTheDocumentedRulesAtTheEdges)
+{
+    if (IsWine())
+        return;
+    const std::wstring zeros(200000, L'0');
+    const std::pair<std::wstring, const char*> rows[] = {
+        { L"1.7976931348623157e308", "1.7976931348623157e+308" },
+        { L"1.7976931348623159e308", Overflow },
+        { L"5e-324", "4.9406564584124654e-324" },
+        { L"1e2147483648", Overflow },
+        { L"1e99999999999999999999", Overflow },
+        { L"1e-99999999999999999999", "0" },
+        { L"0e99999999999999999999", "0" },
+        { L"1e++3", Mismatch },
+        { L"&H10000000000000000", Overflow },
+        { L"1" + zeros + L"e-200000", "1" },
+        { L"0." + zeros + L"1e200001", "1" },
+        { L"1" + zeros, Overflow },
+    };
+    for (const auto& [text, szDouble] : rows)
+        EXPECT_EQ(szDouble, Changed(text.c_str(), VT_R8)) << testing::PrintToString(text.substr(0, 40));
+    EXPECT_EQ(Overflow, Changed(Bits(VT_I8, 3000000000), VT_UI2));
+}
+
+TEST(Variant, AnIntegerIsReadInEveryForm)
+{
+    const unsigned nSeed = std::random_device()();
+    std::mt19937_64 random(nSeed);
+    for (int i = 0; i < 2000 && !IsWine(); ++i)
+    {
+        const std::wstring digits = std::to_wstring(1 + (random() >> random() % 64 >> 1) / 2);
+        const size_t nCut = random() % digits.size();
+        const std::wstring head = digits.substr(0, nCut);
+        const std::wstring tail = digits.substr(nCut);
+        const std::string number(digits.begin(), digits.end());
+        const std::pair<std::wstring, std::string> forms[] = {
+            { L" $ 0" + head + L"," + tail + L" ", number },
+            { L"(" + digits + L".4999999)", "-" + number },
+            { L"0" + head + L"." + tail + L"e" + std::to_wstring(tail.size()) + L"-", "-" + number },
+            { L"-" + digits + L"000000e-6", "-" + number },
+        };
+        for (const auto& [text, expected] : forms)
+            ASSERT_EQ(expected, Changed(text.c_str(), VT_I8)) << testing::PrintToString(text) << nSeed;
+    }
 }
 
 TEST(Variant, AFailedChangeLeavesTheValue)
