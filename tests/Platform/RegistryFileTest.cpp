@@ -188,18 +188,12 @@ TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
     ASSERT_EQ(ERROR_SUCCESS, Write(L"v", Numbered(1)));
     OvPlatform::SetRegistryInMemory();
     const auto damage = [this](std::streamoff nAt, size_t nLength) {
-        std::fstream file(File(), std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(nAt);
-        file << std::string(nLength, '\x5A');
+        std::fstream store(File(), std::ios::in | std::ios::out | std::ios::binary);
+        store.seekp(nAt);
+        store << std::string(nLength, '\x5A');
     };
     const std::string folder = m_folder.string();
-    const struct
-    {
-        std::string file;
-        std::function<void()> prepare;
-        LSTATUS lRead;
-        LSTATUS lWrite;
-    } rows[] = {
+    const std::tuple<std::string, std::function<void()>, LSTATUS, LSTATUS> rows[] = {
         { folder, [] {}, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED },
         { "/proc/none/registry.db", [] {}, ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED },
         { folder + "/other.db",
@@ -209,13 +203,13 @@ TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
         { File(), [&] { std::filesystem::resize_file(File(), 5000); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
         { File(), [&] { damage(0, 100); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
     };
-    for (const auto& row : rows)
+    for (const auto& [file, prepare, lRead, lWrite] : rows)
     {
-        row.prepare();
-        OvPlatform::SetRegistryFile(row.file.c_str());
+        prepare();
+        OvPlatform::SetRegistryFile(file.c_str());
         CBytes data;
-        EXPECT_EQ(row.lRead, Read(L"v", data)) << row.file;
-        EXPECT_EQ(row.lWrite, Write(L"v", { 1 })) << row.file;
+        EXPECT_EQ(lRead, Read(L"v", data)) << file;
+        EXPECT_EQ(lWrite, Write(L"v", { 1 })) << file;
         OvPlatform::SetRegistryInMemory();
     }
 }
