@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <tuple>
 
 namespace
@@ -436,27 +435,4 @@ TEST_F(Dom, PropertiesAreAcceptedOrRefused)
     };
     for (const auto& [clsid, szName, value, hr] : rows)
         EXPECT_EQ(hr, NewDocument(clsid)->setProperty(COvBstr(szName).Get(), value)) << szName;
-}
-
-TEST_F(Dom, DocumentsInSeveralThreadsAreIndependent)
-{
-    constexpr int nThreads = 4;
-    std::vector<std::wstring> outlines(nThreads);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < nThreads; ++i)
-    {
-        threads.emplace_back([&outlines, i] {
-            const CComApartment apartment;
-            for (int nRound = 0; nRound < 50; ++nRound)
-            {
-                const CDocumentPtr spDocument = Loaded(L"<a><b c='" + std::to_wstring(i) + L"'/></a>");
-                outlines[static_cast<size_t>(i)] = Outline(CloneOf(First(spDocument.Get(), L"//b").Get(), bDeep).Get());
-                LoadText(spDocument, L"<a>&x;");
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    for (int i = 0; i < nThreads; ++i)
-        EXPECT_EQ(L"b[c=" + std::to_wstring(i) + L"]", outlines[static_cast<size_t>(i)]);
 }
