@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <tuple>
-#include <vector>
 
 namespace
 {
@@ -18,24 +16,6 @@ CTestHandle Duplicate(HANDLE hSource, DWORD dwAccess, DWORD dwOptions = 0)
 }
 
 } // namespace
-
-TEST(Handles, AreSmallDistinctMultiplesOfFour)
-{
-    std::vector<CTestHandle> events;
-    std::set<ULONG_PTR> values;
-    for (int i = 0; i < 100; ++i)
-    {
-        events.push_back(MakeEvent(true, false));
-        values.insert(reinterpret_cast<ULONG_PTR>(events.back().get()));
-    }
-    EXPECT_EQ(events.size(), values.size());
-    for (const ULONG_PTR nValue : values)
-    {
-        EXPECT_NE(0u, nValue);
-        EXPECT_EQ(0u, nValue % 4);
-        EXPECT_LT(nValue, 0x10000u);
-    }
-}
 
 TEST(Handles, WhatIsNoOpenHandleIsRefused)
 {
