@@ -106,20 +106,6 @@ TEST(MessageQueue, AWaitEndsForAnObjectFirstAndForMessagesThatAreNew)
     EXPECT_EQ((std::vector<UINT>{ WM_APP, WM_APP + 1 }), TakeAll());
 }
 
-TEST(MessageQueue, AMessageWakesAThreadThatWaits)
-{
-    MakeQueue();
-    const CTestHandle event = MakeEvent(true, false);
-    const DWORD nId = ::GetCurrentThreadId();
-    std::thread poster([nId] { EXPECT_TRUE(::PostThreadMessageW(nId, WM_APP, 0, 0)); });
-    EXPECT_EQ(WAIT_OBJECT_0 + 1, WaitFor(event, INFINITE));
-    poster.join();
-    EXPECT_EQ(1u, TakeAll().size());
-    std::thread setter([&] { ::SetEvent(event.get()); });
-    EXPECT_EQ(WAIT_OBJECT_0, WaitFor(event, INFINITE));
-    setter.join();
-}
-
 TEST(MessageQueue, AWaitCanBeForMessagesAlone)
 {
     MakeQueue();
