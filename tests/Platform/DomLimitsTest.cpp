@@ -6,6 +6,7 @@
 
 #include <ctime>
 #include <functional>
+#include <tuple>
 
 namespace
 {
@@ -68,12 +69,7 @@ TEST_F(DomLimits, EveryTextIsAnsweredInTimeThatGoesWithItsSize)
 {
     constexpr size_t nMillion = 1000 * 1000;
     const std::wstring wzEquals = Repeated(L" x=\"=\"", 2000); // looks like attributes, where none are
-    const struct
-    {
-        const char* szWhat;
-        bool bLoads;
-        std::wstring wzText;
-    } rows[] = {
+    const std::tuple<const char*, bool, std::wstring> rows[] = {
         { "as many attributes as are allowed", true, L"<a" + Attributes(1000) + L"/>" },
         { "one more", false, L"<a" + Attributes(1001) + L"/>" },
         { "100,000 attributes", false, L"<a" + Attributes(100000) + L"/>" },
@@ -118,12 +114,12 @@ TEST_F(DomLimits, EveryTextIsAnsweredInTimeThatGoesWithItsSize)
               In(L"a", Repeated(L"&c;", 100000)) },
     };
     constexpr double nMostSeconds = 5; // of this thread's; an unbounded check of attributes takes 13 and more
-    for (const auto& row : rows)
+    for (const auto& [szWhat, bLoads, wzText] : rows)
     {
         const CDocumentPtr spDocument = NewDocument();
         const std::clock_t nBegin = std::clock();
-        EXPECT_EQ(row.bLoads ? S_OK : S_FALSE, LoadText(spDocument, row.wzText)) << row.szWhat;
-        EXPECT_GT(nMostSeconds, static_cast<double>(std::clock() - nBegin) / CLOCKS_PER_SEC) << row.szWhat;
+        EXPECT_EQ(bLoads ? S_OK : S_FALSE, LoadText(spDocument, wzText)) << szWhat;
+        EXPECT_GT(nMostSeconds, static_cast<double>(std::clock() - nBegin) / CLOCKS_PER_SEC) << szWhat;
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <tuple>
 #include <unistd.h>
 
 namespace
@@ -75,16 +76,7 @@ private:
 
 TEST_F(DomParseError, TellsWhatWhereAndOnWhichLine)
 {
-    const struct
-    {
-        std::wstring wzText;
-        uint32_t nCode;
-        const wchar_t* szReason;
-        LONG nLine;
-        LONG nLinePos;
-        LONG nFilePos;
-        const wchar_t* szSource;
-    } rows[] = {
+    const std::tuple<std::wstring, uint32_t, const wchar_t*, LONG, LONG, LONG, const wchar_t*> rows[] = {
         { L"", 0xC00CE558, L"XML document must have a top level element.", 1, 1, 0, L"" },
         { L"\n \n", 0xC00CE558, L"XML document must have a top level element.", 3, 1, 3, L"" },
         { L"\nx<a/>", 0xC00CE556, L"Invalid at the top level of the document.", 2, 1, 1, L"x<a/>" },
@@ -110,17 +102,17 @@ TEST_F(DomParseError, TellsWhatWhereAndOnWhichLine)
         { L"<a><?xml version='1.0'?></a>", 0x80004005, L"XML declaration allowed only at the start of the document", 1,
           9, 8, L"<a><?xml version='1.0'?></a>" },
     };
-    for (const auto& row : rows)
+    for (const auto& [wzText, nCode, szReason, nLine, nLinePos, nFilePos, szSource] : rows)
     {
         const CDocumentPtr spDocument = NewDocument();
-        EXPECT_EQ(S_FALSE, LoadText(spDocument, row.wzText)) << row.wzText;
+        EXPECT_EQ(S_FALSE, LoadText(spDocument, wzText)) << wzText;
         const CTold told = ParseErrorOf(spDocument);
-        EXPECT_EQ(row.nCode, static_cast<uint32_t>(told.m_nCode)) << row.wzText;
-        EXPECT_EQ(row.szReason + std::wstring(L"\r\n"), told.m_wzReason);
-        EXPECT_EQ((std::vector<LONG>{ row.nLine, row.nLinePos, row.nFilePos }),
+        EXPECT_EQ(nCode, static_cast<uint32_t>(told.m_nCode)) << wzText;
+        EXPECT_EQ(szReason + std::wstring(L"\r\n"), told.m_wzReason);
+        EXPECT_EQ((std::vector<LONG>{ nLine, nLinePos, nFilePos }),
                   (std::vector<LONG>{ told.m_nLine, told.m_nLinePos, told.m_nFilePos }))
-            << row.wzText;
-        EXPECT_EQ(row.szSource, std::wstring(told.m_wzSource.c_str())) << row.wzText; // up to the NUL of one row
+            << wzText;
+        EXPECT_EQ(szSource, std::wstring(told.m_wzSource.c_str())) << wzText; // up to the NUL of one row
         EXPECT_EQ(L"", told.m_wzUrl);
     }
 }
@@ -128,12 +120,7 @@ TEST_F(DomParseError, TellsWhatWhereAndOnWhichLine)
 TEST_F(DomParseError, FilesAreReadInTheEncodingThatTheyDeclare)
 {
     const std::string szUtf16("\xFF\xFE<\0a\0>\0\xE9\0=\xD8\0\xDE<\0/\0a\0>\0", 22);
-    const struct
-    {
-        std::string szBytes;
-        const wchar_t* szOutline;
-        uint32_t nCode;
-    } rows[] = {
+    const std::tuple<std::string, const wchar_t*, uint32_t> rows[] = {
         { "<a>\xC3\xA9</a>", L"a('\xE9')", 0 },
         { "\xEF\xBB\xBF<a>\xF0\x9F\x98\x80</a>", L"a('\xD83D\xDE00')", 0 },
         { "<?xml version='1.0' encoding='windows-1252'?><a>\xE9\x80</a>",
@@ -144,15 +131,15 @@ TEST_F(DomParseError, FilesAreReadInTheEncodingThatTheyDeclare)
         { "", L"", 0xC00CE558 },
         { "<a>", L"", 0xC00CE553 },
     };
-    for (const auto& row : rows)
+    for (const auto& [szBytes, szOutline, nCode] : rows)
     {
-        const CBytesFile file(row.szBytes);
+        const CBytesFile file(szBytes);
         const CDocumentPtr spDocument = Loaded(L"<before/>");
         VARIANT_BOOL bLoaded = VARIANT_FALSE;
-        EXPECT_EQ(row.nCode == 0 ? S_OK : S_FALSE, spDocument->load(file.Source(), &bLoaded)) << row.szBytes;
-        EXPECT_EQ(row.nCode == 0 ? VARIANT_TRUE : VARIANT_FALSE, bLoaded);
-        EXPECT_EQ(row.szOutline, Outline(spDocument.Get()));
-        EXPECT_EQ(row.nCode, static_cast<uint32_t>(ParseErrorOf(spDocument).m_nCode)) << row.szBytes;
+        EXPECT_EQ(nCode == 0 ? S_OK : S_FALSE, spDocument->load(file.Source(), &bLoaded)) << szBytes;
+        EXPECT_EQ(nCode == 0 ? VARIANT_TRUE : VARIANT_FALSE, bLoaded);
+        EXPECT_EQ(szOutline, Outline(spDocument.Get()));
+        EXPECT_EQ(nCode, static_cast<uint32_t>(ParseErrorOf(spDocument).m_nCode)) << szBytes;
     }
 }
 

@@ -2,6 +2,8 @@
 #include "OvPlatform.h"
 #include "Platform/Control.h"
 
+#include "RegistryValues.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -14,45 +16,16 @@
 #include <string>
 #include <sys/wait.h>
 #include <thread>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
 namespace
 {
 
-constexpr wchar_t s_szKey[] = L"SOFTWARE\\OvFileTest";
-
-using CBytes = std::vector<BYTE>;
-
-LSTATUS Write(const wchar_t* szName, const CBytes& data, const wchar_t* szKey = s_szKey)
-{
-    HKEY hKey = nullptr;
-    LSTATUS lResult =
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    lResult = RegSetValueExW(hKey, szName, 0, REG_BINARY, data.data(), static_cast<DWORD>(data.size()));
-    RegCloseKey(hKey);
-    return lResult;
-}
-
-LSTATUS Read(const wchar_t* szName, CBytes& data, const wchar_t* szKey = s_szKey)
-{
-    HKEY hKey = nullptr;
-    LSTATUS lResult = RegOpenKeyExW(HKEY_LOCAL_MACHINE, szKey, 0, KEY_READ, &hKey);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    data.resize(100000);
-    auto cb = static_cast<DWORD>(data.size());
-    lResult = RegQueryValueExW(hKey, szName, nullptr, nullptr, data.data(), &cb);
-    data.resize(lResult == ERROR_SUCCESS ? cb : 0);
-    RegCloseKey(hKey);
-    return lResult;
-}
-
 CBytes ReadBytes(const wchar_t* szName)
 {
-    CBytes data;
+    CBytes data(100000);
     EXPECT_EQ(ERROR_SUCCESS, Read(szName, data)) << testing::PrintToString(szName);
     return data;
 }
@@ -149,10 +122,7 @@ TEST_F(RegistryFile, OutlivesTheProcess)
 {
     EXPECT_EQ(0, ExitCodeOf(Spawn([] {
                   EXPECT_EQ(ERROR_SUCCESS, Write(L"Name", { 1, 2, 3 }));
-                  HKEY hVolatile = nullptr;
-                  EXPECT_EQ(ERROR_SUCCESS,
-                            RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\OvVolatile", 0, nullptr,
-                                            REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &hVolatile, nullptr));
+                  EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 }, L"SOFTWARE\\OvVolatile", REG_OPTION_VOLATILE));
               })));
     Use();
     EXPECT_EQ((CBytes{ 1, 2, 3 }), ReadBytes(L"NAME"));
@@ -218,18 +188,12 @@ TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
     ASSERT_EQ(ERROR_SUCCESS, Write(L"v", Numbered(1)));
     OvPlatform::SetRegistryInMemory();
     const auto damage = [this](std::streamoff nAt, size_t nLength) {
-        std::fstream file(File(), std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(nAt);
-        file << std::string(nLength, '\x5A');
+        std::fstream store(File(), std::ios::in | std::ios::out | std::ios::binary);
+        store.seekp(nAt);
+        store << std::string(nLength, '\x5A');
     };
     const std::string folder = m_folder.string();
-    const struct
-    {
-        std::string file;
-        std::function<void()> prepare;
-        LSTATUS lRead;
-        LSTATUS lWrite;
-    } rows[] = {
+    const std::tuple<std::string, std::function<void()>, LSTATUS, LSTATUS> rows[] = {
         { folder, [] {}, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED },
         { "/proc/none/registry.db", [] {}, ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED },
         { folder + "/other.db",
@@ -239,13 +203,13 @@ TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
         { File(), [&] { std::filesystem::resize_file(File(), 5000); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
         { File(), [&] { damage(0, 100); }, ERROR_REGISTRY_CORRUPT, ERROR_REGISTRY_CORRUPT },
     };
-    for (const auto& row : rows)
+    for (const auto& [file, prepare, lRead, lWrite] : rows)
     {
-        row.prepare();
-        OvPlatform::SetRegistryFile(row.file.c_str());
+        prepare();
+        OvPlatform::SetRegistryFile(file.c_str());
         CBytes data;
-        EXPECT_EQ(row.lRead, Read(L"v", data)) << row.file;
-        EXPECT_EQ(row.lWrite, Write(L"v", { 1 })) << row.file;
+        EXPECT_EQ(lRead, Read(L"v", data)) << file;
+        EXPECT_EQ(lWrite, Write(L"v", { 1 })) << file;
         OvPlatform::SetRegistryInMemory();
     }
 }
@@ -262,24 +226,20 @@ TEST_F(RegistryFile, IsMadeByTheFirstWriteOnly)
 
 TEST_F(RegistryFile, LiesWhereTheEnvironmentSays)
 {
-    const struct
-    {
-        const char* szVariable;
-        const char* szValue; // below the folder
-        const char* szFile;
-    } rows[] = {
+    // szValue: below the folder
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         { "HOME", "/home", "home/.local/state/pyx-patch-adapter/registry.db" },
         { "XDG_STATE_HOME", "/state", "state/pyx-patch-adapter/registry.db" },
         { "OVPLATFORM_REGISTRY", "/own.db", "own.db" },
     };
     for (const char* szVariable : { "XDG_STATE_HOME", "OVPLATFORM_REGISTRY" })
         unsetenv(szVariable);
-    for (const auto& row : rows)
+    for (const auto& [szVariable, szValue, szFile] : rows)
     {
-        setenv(row.szVariable, (m_folder.string() + row.szValue).c_str(), 1);
+        setenv(szVariable, (m_folder.string() + szValue).c_str(), 1);
         OvPlatform::SetRegistryFile(nullptr);
-        EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 })) << row.szVariable;
-        EXPECT_TRUE(std::filesystem::exists(m_folder / row.szFile)) << row.szVariable;
+        EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 })) << szVariable;
+        EXPECT_TRUE(std::filesystem::exists(m_folder / szFile)) << szVariable;
     }
     setenv("OVPLATFORM_REGISTRY", ":memory:", 1);
     OvPlatform::SetRegistryFile(nullptr);
@@ -304,13 +264,7 @@ TEST_F(RegistryFile, OpenKeysKeepTheirRegistry)
 
 TEST_F(RegistryFile, HasThePredefinedKeysFromTheStart)
 {
-    const struct
-    {
-        HKEY hRoot;
-        std::wstring subKey;
-        REGSAM samDesired;
-        LSTATUS lResult;
-    } rows[] = {
+    const std::tuple<HKEY, std::wstring, REGSAM, LSTATUS> rows[] = {
         { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ, ERROR_SUCCESS },
         { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ | KEY_WOW64_32KEY, ERROR_SUCCESS },
         { HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes", KEY_READ, ERROR_SUCCESS },
@@ -320,31 +274,25 @@ TEST_F(RegistryFile, HasThePredefinedKeysFromTheStart)
         { HKEY_DYN_DATA, L"x", KEY_READ, ERROR_INVALID_HANDLE },
         { HKEY_LOCAL_MACHINE, L"SOFTWARE", KEY_READ | KEY_WOW64_32KEY | KEY_WOW64_64KEY, ERROR_INVALID_PARAMETER },
     };
-    for (const auto& row : rows)
+    for (const auto& [hRoot, subKey, samDesired, lResult] : rows)
     {
         HKEY hKey = nullptr;
-        EXPECT_EQ(row.lResult, RegOpenKeyExW(row.hRoot, row.subKey.c_str(), 0, row.samDesired, &hKey))
-            << testing::PrintToString(row.subKey);
+        EXPECT_EQ(lResult, RegOpenKeyExW(hRoot, subKey.c_str(), 0, samDesired, &hKey))
+            << testing::PrintToString(subKey);
         if (hKey)
             RegCloseKey(hKey);
     }
-    const struct
-    {
-        HKEY hRoot;
-        HKEY hSame;
-        std::wstring prefix;
-    } aliases[] = {
+    const std::tuple<HKEY, HKEY, std::wstring> aliases[] = {
         { HKEY_CURRENT_USER, HKEY_USERS, L"S-1-22-1-" + std::to_wstring(geteuid()) + L"\\" },
         { HKEY_CLASSES_ROOT, HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\" },
         { HKEY_CURRENT_CONFIG, HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\" },
     };
-    for (const auto& row : aliases)
+    for (const auto& [hRoot, hSame, prefix] : aliases)
     {
         HKEY hKey = nullptr;
-        EXPECT_EQ(ERROR_SUCCESS,
-                  RegCreateKeyExW(row.hRoot, L"OvAlias", 0, nullptr, 0, KEY_READ, nullptr, &hKey, nullptr));
+        EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(hRoot, L"OvAlias", 0, nullptr, 0, KEY_READ, nullptr, &hKey, nullptr));
         RegCloseKey(hKey);
-        EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(row.hSame, (row.prefix + L"OvAlias").c_str(), 0, KEY_READ, &hKey));
+        EXPECT_EQ(ERROR_SUCCESS, RegOpenKeyExW(hSame, (prefix + L"OvAlias").c_str(), 0, KEY_READ, &hKey));
         RegCloseKey(hKey);
     }
 }

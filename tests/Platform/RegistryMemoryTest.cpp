@@ -3,6 +3,8 @@
 #include "OvPlatform.h"
 #include "Platform/Control.h"
 
+#include "RegistryValues.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -10,8 +12,6 @@
 
 namespace
 {
-
-constexpr wchar_t s_szKey[] = L"SOFTWARE\\OvMemoryTest";
 
 sqlite3_mem_methods s_methods;     // SQLite's own
 thread_local unsigned t_nFail = 0; // the database's allocation that fails, counted down; 0 for none
@@ -43,6 +43,9 @@ bool HookDatabase()
 
 const bool s_bHooked = HookDatabase();
 
+const CBytes one = { 1 };
+const CBytes two = { 2 };
+
 /// Runs the work with its n-th allocation failing. @return whether it came that far.
 using CFailing = std::function<bool(unsigned nFail, const std::function<void()>& work)>;
 
@@ -60,30 +63,6 @@ bool WithFailingDatabase(unsigned nFail, const std::function<void()>& work)
     const bool bReached = t_nFail == 0;
     t_nFail = 0;
     return bReached;
-}
-
-LSTATUS Write(BYTE value)
-{
-    HKEY hKey = nullptr;
-    LSTATUS lResult =
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &hKey, nullptr);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    lResult = RegSetValueExW(hKey, L"v", 0, REG_BINARY, &value, 1);
-    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(hKey));
-    return lResult;
-}
-
-LSTATUS Read(BYTE& value)
-{
-    HKEY hKey = nullptr;
-    LSTATUS lResult = RegOpenKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, KEY_READ, &hKey);
-    if (lResult != ERROR_SUCCESS)
-        return lResult;
-    DWORD cb = 1;
-    lResult = RegQueryValueExW(hKey, L"v", nullptr, nullptr, &value, &cb);
-    EXPECT_EQ(ERROR_SUCCESS, RegCloseKey(hKey));
-    return lResult;
 }
 
 /// Walks the allocations of the work: each of the first hundred, then a hundredth further at a time.
@@ -104,15 +83,15 @@ void WalkWrites(const CFailing& failing, bool bFresh)
 {
     Walk([&](unsigned nFail) {
         OvPlatform::SetRegistryInMemory();
-        EXPECT_EQ(ERROR_SUCCESS, bFresh ? ERROR_SUCCESS : Write(1));
+        EXPECT_EQ(ERROR_SUCCESS, bFresh ? ERROR_SUCCESS : Write(L"v", one));
         LSTATUS lResult = ERROR_SUCCESS;
-        const bool bReached = failing(nFail, [&] { lResult = Write(2); });
-        BYTE value = 0;
-        const LSTATUS lRead = Read(value);
+        const bool bReached = failing(nFail, [&] { lResult = Write(L"v", two); });
+        CBytes value(1);
+        const LSTATUS lRead = Read(L"v", value);
         const bool bDone = lResult == ERROR_SUCCESS;
         EXPECT_TRUE(bDone || lResult == ERROR_OUTOFMEMORY) << lResult << " at " << nFail;
         EXPECT_EQ(bFresh && !bDone ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS, lRead) << nFail;
-        EXPECT_EQ(bDone ? 2 : bFresh ? 0 : 1, value) << nFail;
+        EXPECT_EQ(bDone ? two : bFresh ? CBytes() : one, value) << nFail;
         return bReached;
     });
 }
@@ -120,31 +99,26 @@ void WalkWrites(const CFailing& failing, bool bFresh)
 void WalkReads(const CFailing& failing)
 {
     OvPlatform::SetRegistryInMemory();
-    EXPECT_EQ(ERROR_SUCCESS, Write(1));
+    EXPECT_EQ(ERROR_SUCCESS, Write(L"v", one));
     Walk([&](unsigned nFail) {
-        BYTE value = 0;
+        CBytes value(1);
         LSTATUS lResult = ERROR_SUCCESS;
-        const bool bReached = failing(nFail, [&] { lResult = Read(value); });
-        EXPECT_TRUE(lResult == ERROR_SUCCESS ? value == 1 : lResult == ERROR_OUTOFMEMORY) << lResult << " at " << nFail;
+        const bool bReached = failing(nFail, [&] { lResult = Read(L"v", value); });
+        EXPECT_TRUE(lResult == ERROR_SUCCESS ? value == one : lResult == ERROR_OUTOFMEMORY)
+            << lResult << " at " << nFail;
         return bReached;
     });
 }
 
 } // namespace
 
-TEST(RegistryWithoutMemory, WritesOldOrNew)
+TEST(RegistryWithoutMemory, WritesOldOrNewAndReadsOrSaysSo)
 {
     ASSERT_TRUE(s_bHooked);
-    for (const bool bFresh : { false, true })
+    for (const CFailing& failing : { CFailing(&WithFailingNew), CFailing(&WithFailingDatabase) })
     {
-        WalkWrites(&WithFailingNew, bFresh);
-        WalkWrites(&WithFailingDatabase, bFresh);
+        WalkWrites(failing, false);
+        WalkWrites(failing, true);
+        WalkReads(failing);
     }
-}
-
-TEST(RegistryWithoutMemory, ReadsOrSaysSo)
-{
-    ASSERT_TRUE(s_bHooked);
-    WalkReads(&WithFailingNew);
-    WalkReads(&WithFailingDatabase);
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace
 {
@@ -83,18 +84,8 @@ TEST(CodePages, TheWesternPageMapsEveryOtherUnitToASimilarByteOrTheDefault)
 
 TEST(CodePages, WhatAPageLacksBecomesTheDefaultCharacterUnitByUnit)
 {
-    const struct
-    {
-        UINT nCodePage;
-        const wchar_t* szWide;
-        const char* szDefault;
-        const char* szBytes;
-        bool bUsed;
-    } rows[] = {
-        { Western,
-          L"a\x4E2D"
-          L"b",
-          nullptr, "a?b", true },
+    const std::tuple<UINT, const wchar_t*, const char*, const char*, bool> rows[] = {
+        { Western, L"a\x4E2D\x0062", nullptr, "a?b", true },
         { Western, L"a\xD83D\xDE00z", nullptr, "a??z", true }, // a character of two units
         { Western, L"a\xDE00\xD83Dz", nullptr, "a??z", true },
         { Western, L"\xD83D", nullptr, "?", true },
@@ -103,23 +94,17 @@ TEST(CodePages, WhatAPageLacksBecomesTheDefaultCharacterUnitByUnit)
         { Japanese, L"\x30C6\x30B9\x30C8", nullptr, "\x83\x65\x83\x58\x83\x67", false },
         { Japanese, L"\x2020\xD83D", nullptr, "\x81\xF5?", true },
     };
-    for (const auto& row : rows)
+    for (const auto& [nCodePage, szWide, szDefault, szBytes, bLacks] : rows)
     {
-        BOOL bUsed = !row.bUsed;
-        EXPECT_EQ(row.szBytes, Narrow(row.nCodePage, row.szWide, 0, row.szDefault, &bUsed)) << row.szBytes;
-        EXPECT_EQ(row.bUsed, bUsed != FALSE) << row.szBytes;
+        BOOL bUsed = !bLacks;
+        EXPECT_EQ(szBytes, Narrow(nCodePage, szWide, 0, szDefault, &bUsed)) << szBytes;
+        EXPECT_EQ(bLacks, bUsed != FALSE) << szBytes;
     }
 }
 
 TEST(CodePages, BytesThatAreNoneOfThePageLoseNoOther)
 {
-    const struct
-    {
-        UINT nCodePage;
-        const char* szBytes;
-        const wchar_t* szWide;
-        bool bValid;
-    } rows[] = {
+    const std::tuple<UINT, const char*, const wchar_t*, bool> rows[] = {
         { Japanese, "a\x83\x65z", L"a\x30C6z", true },
         { Japanese, "\xB1\xDD", L"\xFF71\xFF9D", true },
         { Japanese, "a\x83", L"a\x30FB", false }, // the first half of a character at the end
@@ -134,32 +119,26 @@ TEST(CodePages, BytesThatAreNoneOfThePageLoseNoOther)
         { CP_UTF8, "\xF0\x9F\x98", L"\xFFFD", false },
         { CP_UTF8, "\xFF\x80", L"\xFFFD\xFFFD", false },
     };
-    for (const auto& row : rows)
+    for (const auto& [nCodePage, szBytes, szWide, bValid] : rows)
     {
-        EXPECT_EQ(row.szWide, Widen(row.nCodePage, row.szBytes)) << row.nCodePage << " " << row.szBytes;
-        EXPECT_EQ(row.bValid ? row.szWide : L"error 1113", Widen(row.nCodePage, row.szBytes, MB_ERR_INVALID_CHARS))
-            << row.nCodePage << " " << row.szBytes;
+        EXPECT_EQ(szWide, Widen(nCodePage, szBytes)) << nCodePage << " " << szBytes;
+        EXPECT_EQ(bValid ? szWide : L"error 1113", Widen(nCodePage, szBytes, MB_ERR_INVALID_CHARS))
+            << nCodePage << " " << szBytes;
     }
 }
 
 TEST(CodePages, Utf8HasNoPlaceForALoneSurrogate)
 {
-    const struct
-    {
-        const wchar_t* szWide;
-        const char* szBytes;
-        bool bValid;
-    } rows[] = {
+    const std::tuple<const wchar_t*, const char*, bool> rows[] = {
         { L"a\x00E9\x20AC\xD83D\xDE00z", "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80z", true },
         { L"\x07FF\x0800\xFFFF\xDBFF\xDFFF", "\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF4\x8F\xBF\xBF", true },
         { L"a\xD83Dz", "a\xEF\xBF\xBDz", false },
         { L"\xDE00\xD83D", "\xEF\xBF\xBD\xEF\xBF\xBD", false },
     };
-    for (const auto& row : rows)
+    for (const auto& [szWide, szBytes, bValid] : rows)
     {
-        EXPECT_EQ(row.szBytes, Narrow(CP_UTF8, row.szWide)) << row.szBytes;
-        EXPECT_EQ(row.bValid ? row.szBytes : "error 1113", Narrow(CP_UTF8, row.szWide, WC_ERR_INVALID_CHARS))
-            << row.szBytes;
+        EXPECT_EQ(szBytes, Narrow(CP_UTF8, szWide)) << szBytes;
+        EXPECT_EQ(bValid ? szBytes : "error 1113", Narrow(CP_UTF8, szWide, WC_ERR_INVALID_CHARS)) << szBytes;
     }
 }
 
@@ -176,47 +155,20 @@ TEST(CodePages, LengthMinusOneTakesTheNulAlong)
     EXPECT_EQ(std::string("a\0b", 3), Narrow(Western, std::wstring(L"a\0b", 3)));
 }
 
-TEST(CodePages, TooLittleRoomIsTold)
+TEST(CodePages, ArgumentsThatAreNoneAndTooLittleRoomAreTold)
 {
     wchar_t units[4] = {};
     char bytes[4] = {};
-    const struct
-    {
-        const char* szCall;
-        int nResult;
-    } rows[] = {
-        { "1252 in", ::MultiByteToWideChar(Western, 0, "abc", 3, units, 2) },
-        { "1252 out", ::WideCharToMultiByte(Western, 0, L"abc", 3, bytes, 2, nullptr, nullptr) },
-        { "UTF-8 out", ::WideCharToMultiByte(CP_UTF8, 0, L"\x20AC", 1, bytes, 2, nullptr, nullptr) },
-        { "932 out", ::WideCharToMultiByte(Japanese, 0, L"\x30C6", 1, bytes, 1, nullptr, nullptr) },
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(0, row.nResult) << row.szCall;
-    EXPECT_EQ(0, ::MultiByteToWideChar(Western, 0, "abc", 3, units, 2));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER), ::GetLastError());
-    EXPECT_EQ(0, ::WideCharToMultiByte(Western, 0, L"abc", 3, bytes, 2, nullptr, nullptr));
-    EXPECT_EQ(static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER), ::GetLastError());
-    EXPECT_EQ(3, ::MultiByteToWideChar(Western, 0, "abc", 3, units, 3)) << "exactly enough";
-}
-
-TEST(CodePages, ArgumentsThatAreNoneAreRefused)
-{
-    wchar_t units[4] = {};
-    char bytes[4] = {};
-    const auto widen = [&](UINT nPage, DWORD dwFlags, const char* szBytes, int nBytes, wchar_t* p, int nUnits) {
+    const auto widen = [](UINT nPage, DWORD dwFlags, const char* szBytes, int nBytes, wchar_t* p, int nUnits) {
         ::SetLastError(0);
         return ::MultiByteToWideChar(nPage, dwFlags, szBytes, nBytes, p, nUnits) == 0 ? ::GetLastError() : 0;
     };
-    const auto narrow = [&](UINT nPage, const wchar_t* szWide, int nUnits) {
+    const auto narrow = [&](UINT nPage, const wchar_t* szWide, int nUnits, int nRoom = 4) {
         ::SetLastError(0);
-        const int nBytes = ::WideCharToMultiByte(nPage, 0, szWide, nUnits, bytes, 4, nullptr, nullptr);
+        const int nBytes = ::WideCharToMultiByte(nPage, 0, szWide, nUnits, bytes, nRoom, nullptr, nullptr);
         return nBytes == 0 ? ::GetLastError() : 0;
     };
-    const struct
-    {
-        DWORD dwExpected;
-        DWORD dwError;
-    } rows[] = {
+    const std::pair<DWORD, DWORD> rows[] = {
         { ERROR_INVALID_PARAMETER, widen(Western, 0, "a", 0, units, 4) },
         { ERROR_INVALID_PARAMETER, widen(Western, 0, nullptr, 1, units, 4) },
         { ERROR_INVALID_PARAMETER, widen(Western, 0, "a", 1, nullptr, 4) },
@@ -226,9 +178,14 @@ TEST(CodePages, ArgumentsThatAreNoneAreRefused)
         { 0, widen(Western, MB_PRECOMPOSED, "a", 1, units, 4) },
         { ERROR_INVALID_PARAMETER, narrow(Western, L"a", 0) },
         { ERROR_INVALID_PARAMETER, narrow(12345, L"a", 1) },
+        { ERROR_INSUFFICIENT_BUFFER, widen(Western, 0, "abc", 3, units, 2) },
+        { 0, widen(Western, 0, "abc", 3, units, 3) },
+        { ERROR_INSUFFICIENT_BUFFER, narrow(Western, L"abc", 3, 2) },
+        { ERROR_INSUFFICIENT_BUFFER, narrow(CP_UTF8, L"\x20AC", 1, 2) },
+        { ERROR_INSUFFICIENT_BUFFER, narrow(Japanese, L"\x30C6", 1, 1) },
     };
-    for (size_t i = 0; i < sizeof(rows) / sizeof(rows[0]); ++i)
-        EXPECT_EQ(rows[i].dwExpected, rows[i].dwError) << "row " << i;
+    for (const auto& row : rows)
+        EXPECT_EQ(row.first, row.second) << "row " << &row - rows;
 }
 
 TEST(CodePages, TheAnsiPageIsTheWesternOne)

@@ -7,44 +7,44 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <tuple>
 
 namespace
 {
 
-constexpr CLSID s_clsid = { 0x9C5A6A10, 0x4C1B, 0x4F5E, { 0x8A, 0x11, 0x5D, 0x2E, 0x77, 0x10, 0x3C, 0x01 } };
+constexpr CLSID s_clsid = { 0x9C5A6A10, 0x4C1B, 0x4F5E, { 0x0A, 0x11, 0x5D, 0x2E, 0x77, 0x10, 0x3C, 0x01 } };
 
-class CTestObject final : public IUnknown
+/// Offers one interface and IUnknown; lives on the stack.
+template <class Interface>
+class CTestUnknown : public Interface
 {
 public:
-    virtual ~CTestObject() = default;
+    explicit CTestUnknown(REFIID riid) : m_iid(riid) {}
+    virtual ~CTestUnknown() { EXPECT_EQ(0u, m_nReferences); }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override
     {
-        *ppv = riid == IID_IUnknown ? this : nullptr;
+        *ppv = riid == IID_IUnknown || riid == m_iid ? this : nullptr;
         return *ppv ? static_cast<HRESULT>(AddRef() & 0) : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_nReferences; }
     ULONG STDMETHODCALLTYPE Release() override { return --m_nReferences; }
 
-    ULONG References() const { return m_nReferences; }
-
 private:
+    const IID m_iid;
     ULONG m_nReferences = 0;
 };
 
-/// Hands out one object; lives on the stack.
-class CTestFactory final : public IClassFactory
+struct CTestObject final : CTestUnknown<IUnknown>
+{
+    CTestObject() : CTestUnknown(IID_IUnknown) {}
+};
+
+/// Hands out one object.
+class CTestFactory final : public CTestUnknown<IClassFactory>
 {
 public:
-    virtual ~CTestFactory() { EXPECT_EQ(0u, m_nReferences); }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override
-    {
-        *ppv = riid == IID_IUnknown || riid == IID_IClassFactory ? static_cast<IClassFactory*>(this) : nullptr;
-        return *ppv ? static_cast<HRESULT>(AddRef() & 0) : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_nReferences; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_nReferences; }
+    CTestFactory() : CTestUnknown(IID_IClassFactory) {}
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID riid, void** ppv) override
     {
@@ -52,10 +52,26 @@ public:
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 
-    CTestObject m_object;
-
 private:
-    ULONG m_nReferences = 0;
+    CTestObject m_object;
+};
+
+/// An error object, with nobody else's reference at the end.
+struct CErrorObject
+{
+    CErrorObject()
+    {
+        void* pv = nullptr;
+        EXPECT_EQ(S_OK, CreateErrorInfo(&m_pCreate));
+        EXPECT_EQ(S_OK, m_pCreate->QueryInterface(IID_IErrorInfo, &pv));
+        m_pError = static_cast<IErrorInfo*>(pv);
+        m_pCreate->Release();
+    }
+    ~CErrorObject() { EXPECT_EQ(0u, m_pError->Release()); }
+    IErrorInfo* operator->() const { return m_pError; }
+
+    ICreateErrorInfo* m_pCreate = nullptr; // the same object
+    IErrorInfo* m_pError = nullptr;
 };
 
 /// The result of creating the test class, which leaves nothing behind.
@@ -155,12 +171,7 @@ TEST(ClassObjects, BelongToTheirApartment)
 
 TEST(ClassObjects, ServeTheirContexts)
 {
-    const struct
-    {
-        DWORD dwRegistered;
-        DWORD dwAsked;
-        HRESULT hr;
-    } rows[] = {
+    const std::tuple<DWORD, DWORD, HRESULT> rows[] = {
         { CLSCTX_LOCAL_SERVER, CLSCTX_ALL, S_OK },
         { CLSCTX_LOCAL_SERVER, CLSCTX_LOCAL_SERVER, S_OK },
         { CLSCTX_LOCAL_SERVER, CLSCTX_INPROC_SERVER, S_OK }, // one for many uses serves its own process too
@@ -170,52 +181,40 @@ TEST(ClassObjects, ServeTheirContexts)
         { CLSCTX_INPROC_SERVER, CLSCTX_LOCAL_SERVER, REGDB_E_CLASSNOTREG },
     };
     const CComApartment multi;
-    for (const auto& row : rows)
+    for (const auto& [dwRegistered, dwAsked, hr] : rows)
     {
         CTestFactory factory;
-        const DWORD dwCookie = Register(factory, row.dwRegistered);
-        EXPECT_EQ(row.hr, Create(row.dwAsked)) << row.dwRegistered << " asked " << row.dwAsked;
+        const DWORD dwCookie = Register(factory, dwRegistered);
+        EXPECT_EQ(hr, Create(dwAsked)) << dwRegistered << " asked " << dwAsked;
         EXPECT_EQ(S_OK, CoRevokeClassObject(dwCookie));
-        EXPECT_EQ(REGDB_E_CLASSNOTREG, Create(row.dwAsked));
-        EXPECT_EQ(0u, factory.m_object.References());
+        EXPECT_EQ(REGDB_E_CLASSNOTREG, Create(dwAsked));
     }
 }
 
-TEST(ClassObjects, PassOnWhatTheClassAnswers)
+TEST(ClassObjects, PassOnWhatTheClassAnswersAndRefuseWhatIsNone)
 {
-    const CComApartment multi;
     CTestFactory factory;
     CTestObject outer;
-    const DWORD dwCookie = Register(factory);
+    DWORD dwCookie = 0;
+    const auto registerIt = [&](IUnknown* pFactory, DWORD* pCookie) {
+        return CoRegisterClassObject(s_clsid, pFactory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, pCookie);
+    };
+    EXPECT_EQ(CO_E_NOTINITIALIZED, registerIt(&factory, &dwCookie));
+    const CComApartment multi;
+    EXPECT_EQ(E_INVALIDARG, registerIt(nullptr, &dwCookie));
+    EXPECT_EQ(E_INVALIDARG, registerIt(&factory, nullptr));
+    EXPECT_EQ(E_INVALIDARG, CoRevokeClassObject(0));
+    EXPECT_EQ(S_OK, registerIt(&factory, &dwCookie));
     EXPECT_EQ(CLASS_E_NOAGGREGATION, Create(CLSCTX_ALL, IID_IUnknown, &outer));
     EXPECT_EQ(E_NOINTERFACE, Create(CLSCTX_ALL, IID_IDispatch));
     EXPECT_EQ(E_POINTER, CoCreateInstance(s_clsid, nullptr, CLSCTX_ALL, IID_IUnknown, nullptr));
     EXPECT_EQ(S_OK, CoRevokeClassObject(dwCookie));
 }
 
-TEST(ClassObjects, RefuseWhatCannotBeRegistered)
-{
-    CTestFactory factory;
-    DWORD dwCookie = 0;
-    const DWORD dwContext = CLSCTX_LOCAL_SERVER;
-    EXPECT_EQ(CO_E_NOTINITIALIZED, CoRegisterClassObject(s_clsid, &factory, dwContext, REGCLS_MULTIPLEUSE, &dwCookie));
-    const CComApartment multi;
-    EXPECT_EQ(E_INVALIDARG, CoRegisterClassObject(s_clsid, nullptr, dwContext, REGCLS_MULTIPLEUSE, &dwCookie));
-    EXPECT_EQ(E_INVALIDARG, CoRegisterClassObject(s_clsid, &factory, dwContext, REGCLS_MULTIPLEUSE, nullptr));
-    EXPECT_EQ(E_INVALIDARG, CoRevokeClassObject(0));
-}
-
 TEST(ErrorObject, IsHandedOverOnceAndPerThread)
 {
-    ICreateErrorInfo* pCreate = nullptr;
-    ASSERT_EQ(S_OK, CreateErrorInfo(&pCreate));
-    wchar_t szText[] = L"what went wrong \xD83D\xDE00";
-    EXPECT_EQ(S_OK, pCreate->SetDescription(szText));
-    void* pv = nullptr;
-    ASSERT_EQ(S_OK, pCreate->QueryInterface(IID_IErrorInfo, &pv));
-    auto* pError = static_cast<IErrorInfo*>(pv);
-    pCreate->Release();
-
+    CErrorObject error;
+    IErrorInfo* const pError = error.m_pError;
     EXPECT_EQ(S_OK, SetErrorInfo(0, pError));
     OnThread([pError] {
         IErrorInfo* pNone = pError;
@@ -226,12 +225,8 @@ TEST(ErrorObject, IsHandedOverOnceAndPerThread)
     IErrorInfo* pGot = nullptr;
     EXPECT_EQ(S_OK, GetErrorInfo(0, &pGot));
     EXPECT_EQ(pError, pGot);
-    EXPECT_EQ(S_FALSE, GetErrorInfo(0, &pGot)); // only once
     pError->Release();
-    BSTR bstr = nullptr;
-    EXPECT_EQ(S_OK, pError->GetDescription(&bstr));
-    EXPECT_EQ(szText, Text(bstr));
-    EXPECT_EQ(0u, pError->Release());
+    EXPECT_EQ(S_FALSE, GetErrorInfo(0, &pGot)); // only once
     EXPECT_EQ(S_OK, SetErrorInfo(0, nullptr));
     EXPECT_EQ(E_INVALIDARG, GetErrorInfo(1, &pGot));
     EXPECT_EQ(E_INVALIDARG, SetErrorInfo(1, nullptr));
@@ -240,54 +235,43 @@ TEST(ErrorObject, IsHandedOverOnceAndPerThread)
 
 TEST(ErrorObject, KeepsItsFields)
 {
-    ICreateErrorInfo* pCreate = nullptr;
-    ASSERT_EQ(S_OK, CreateErrorInfo(&pCreate));
-    void* pv = nullptr;
-    ASSERT_EQ(S_OK, pCreate->QueryInterface(IID_IErrorInfo, &pv));
-    auto* pError = static_cast<IErrorInfo*>(pv);
+    CErrorObject error;
     BSTR bstr = nullptr;
-    EXPECT_EQ(S_OK, pError->GetDescription(&bstr)); // nothing set: null
+    void* pv = nullptr;
+    EXPECT_EQ(S_OK, error->GetDescription(&bstr)); // nothing set: null
     EXPECT_FALSE(bstr);
-    EXPECT_EQ(E_INVALIDARG, pError->GetDescription(nullptr));
-    EXPECT_EQ(E_NOINTERFACE, pError->QueryInterface(IID_IDispatch, &pv));
+    EXPECT_EQ(E_INVALIDARG, error->GetDescription(nullptr));
+    EXPECT_EQ(E_NOINTERFACE, error->QueryInterface(IID_IDispatch, &pv));
     EXPECT_FALSE(pv);
 
-    wchar_t szEmpty[] = L"";
-    wchar_t szSource[] = L"source";
-    wchar_t szHelp[] = L"help";
+    std::wstring texts[] = { L"", L"source", L"help" };
     DWORD dwContext = 0;
     GUID guid = GUID_NULL;
-    EXPECT_EQ(S_OK, pCreate->SetDescription(szSource));
-    EXPECT_EQ(S_OK, pCreate->SetDescription(szEmpty));
-    EXPECT_EQ(S_OK, pCreate->SetSource(szSource));
-    EXPECT_EQ(S_OK, pCreate->SetHelpFile(szHelp));
-    EXPECT_EQ(S_OK, pCreate->SetHelpContext(9));
-    EXPECT_EQ(S_OK, pCreate->SetGUID(s_clsid));
-    EXPECT_EQ(S_OK, pError->GetDescription(&bstr));
-    EXPECT_EQ(L"", Text(bstr));
-    EXPECT_EQ(S_OK, pError->GetSource(&bstr));
-    EXPECT_EQ(szSource, Text(bstr));
-    EXPECT_EQ(S_OK, pError->GetHelpFile(&bstr));
-    EXPECT_EQ(szHelp, Text(bstr));
-    EXPECT_EQ(S_OK, pError->GetHelpContext(&dwContext));
+    EXPECT_EQ(S_OK, error.m_pCreate->SetDescription(texts[1].data()));
+    EXPECT_EQ(S_OK, error.m_pCreate->SetDescription(texts[0].data()));
+    EXPECT_EQ(S_OK, error.m_pCreate->SetSource(texts[1].data()));
+    EXPECT_EQ(S_OK, error.m_pCreate->SetHelpFile(texts[2].data()));
+    EXPECT_EQ(S_OK, error.m_pCreate->SetHelpContext(9));
+    EXPECT_EQ(S_OK, error.m_pCreate->SetGUID(s_clsid));
+    BSTR told[3] = {};
+    EXPECT_EQ(S_OK, error->GetDescription(&told[0]));
+    EXPECT_EQ(S_OK, error->GetSource(&told[1]));
+    EXPECT_EQ(S_OK, error->GetHelpFile(&told[2]));
+    for (size_t i = 0; i < std::size(told); ++i)
+        EXPECT_EQ(texts[i], Text(told[i]));
+    EXPECT_EQ(S_OK, error->GetHelpContext(&dwContext));
     EXPECT_EQ(9u, dwContext);
-    EXPECT_EQ(S_OK, pError->GetGUID(&guid));
+    EXPECT_EQ(S_OK, error->GetGUID(&guid));
     EXPECT_TRUE(guid == s_clsid);
-    pError->Release();
-    EXPECT_EQ(0u, pCreate->Release());
 }
 
 TEST(ComError, KeepsTheErrorObjectWhileItIsCopied)
 {
-    ICreateErrorInfo* pCreate = nullptr;
-    ASSERT_EQ(S_OK, CreateErrorInfo(&pCreate));
-    void* pv = nullptr;
-    ASSERT_EQ(S_OK, pCreate->QueryInterface(IID_IErrorInfo, &pv));
-    pCreate->Release();
-    auto* pError = static_cast<IErrorInfo*>(pv);
+    CErrorObject error;
+    error->AddRef(); // for the exception
     try
     {
-        throw _com_error(E_FAIL, pError, true);
+        throw _com_error(E_FAIL, error.m_pError, false);
     }
     catch (const _com_error& e)
     {
@@ -295,30 +279,23 @@ TEST(ComError, KeepsTheErrorObjectWhileItIsCopied)
         copy = e;
         copy = *&copy;
         EXPECT_EQ(E_FAIL, copy.Error());
-        IErrorInfo* pHeld = copy.ErrorInfo();
-        EXPECT_EQ(pError, pHeld);
+        IErrorInfo* const pHeld = copy.ErrorInfo();
+        EXPECT_EQ(error.m_pError, pHeld);
         pHeld->Release();
     }
-    EXPECT_EQ(0u, pError->Release());
 }
 
-TEST(Guids, HaveOneTextForm)
+TEST(Guids, HaveOneTextFormAndAreNewEachTime)
 {
-    const GUID guid = { 0x6F1D2C84, 0x3B57, 0x4E0A, { 0x0C, 0x41, 0x7A, 0x5E, 0x0D, 0x93, 0xB2, 0xF6 } };
     OLECHAR szText[39] = L"x";
-    EXPECT_EQ(0, StringFromGUID2(guid, szText, 38));
+    EXPECT_EQ(0, StringFromGUID2(s_clsid, szText, 38));
     EXPECT_STREQ(L"x", szText);
-    EXPECT_EQ(39, StringFromGUID2(guid, szText, 39));
-    EXPECT_STREQ(L"{6F1D2C84-3B57-4E0A-0C41-7A5E0D93B2F6}", szText);
-}
-
-TEST(Guids, AreNewEachTime)
-{
+    EXPECT_EQ(39, StringFromGUID2(s_clsid, szText, 39));
+    EXPECT_STREQ(L"{9C5A6A10-4C1B-4F5E-0A11-5D2E77103C01}", szText);
     std::set<std::wstring> texts;
     for (int i = 0; i < 50; ++i)
     {
         GUID guid = GUID_NULL;
-        OLECHAR szText[39];
         ASSERT_EQ(S_OK, CoCreateGuid(&guid));
         StringFromGUID2(guid, szText, 39);
         EXPECT_EQ(L'4', szText[15]) << testing::PrintToString(szText); // random

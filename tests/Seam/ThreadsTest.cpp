@@ -65,20 +65,6 @@ unsigned __stdcall UseThreadLocal(void*)
 
 } // namespace
 
-TEST(Threads, AHandleIsSignalledWhenTheFunctionHasReturned)
-{
-    const CTestHandle gate = MakeEvent(true, false);
-    unsigned nId = 0;
-    const CTestHandle thread = Start(&WaitAndTellId, gate.get(), &nId);
-    ASSERT_NE(nullptr, thread.get());
-    EXPECT_EQ(WAIT_TIMEOUT, ::WaitForSingleObject(thread.get(), 0));
-    EXPECT_EQ(STILL_ACTIVE, ExitCodeOf(thread));
-    ::SetEvent(gate.get());
-    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread.get(), INFINITE));
-    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread.get(), 0)) << "it stays signalled";
-    EXPECT_EQ(nId, ExitCodeOf(thread));
-}
-
 TEST(Threads, AThreadIsNoEvent)
 {
     const CTestHandle gate = MakeEvent(true, true);
@@ -91,10 +77,9 @@ TEST(Threads, AThreadIsNoEvent)
     ::WaitForSingleObject(thread.get(), INFINITE);
 }
 
-TEST(Threads, IdsAreKnownToBothSidesAndDistinct)
+TEST(Threads, IdsAreDistinctAndHandlesSignalledWhenTheFunctionHasReturned)
 {
     std::set<DWORD> ids = { ::GetCurrentThreadId() };
-    EXPECT_EQ(::GetCurrentThreadId(), *ids.begin());
     const CTestHandle gate = MakeEvent(true, false);
     std::vector<CTestHandle> threads;
     for (int i = 0; i < 8; ++i)
@@ -102,6 +87,8 @@ TEST(Threads, IdsAreKnownToBothSidesAndDistinct)
         unsigned nId = 0;
         threads.push_back(Start(&WaitAndTellId, gate.get(), &nId, 256 * 1024));
         ids.insert(nId);
+        EXPECT_EQ(WAIT_TIMEOUT, ::WaitForSingleObject(threads.back().get(), 0));
+        EXPECT_EQ(STILL_ACTIVE, ExitCodeOf(threads.back()));
     }
     EXPECT_EQ(9u, ids.size());
     EXPECT_EQ(0u, ids.count(0));
@@ -109,6 +96,7 @@ TEST(Threads, IdsAreKnownToBothSidesAndDistinct)
     for (const CTestHandle& thread : threads)
     {
         EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread.get(), INFINITE));
+        EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(thread.get(), 0)) << "it stays signalled";
         EXPECT_EQ(1u, ids.count(ExitCodeOf(thread)));
     }
 }

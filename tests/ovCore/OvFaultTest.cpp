@@ -150,7 +150,7 @@ TEST(OvFault, MayComeWhileAnErrorIsHandled)
 
 TEST(OvFault, MayComeThousandsOfTimesOnFourWorkers)
 {
-    const int nEach = (std::getenv("OV_LONG") != nullptr ? 10'000 : 200) / 4; // of each fault, on each worker
+    const int nEach = (std::getenv("OV_LONG") != nullptr ? 10'000 : 40) / 4; // of each fault, on each worker
     COvCriticalSection section;
     std::atomic<int> nTranslated{ 0 };
     const auto pOwned = std::make_shared<int>();
