@@ -51,7 +51,7 @@ coverage: setup-coverage  ## the lines and branches of ovCore/ and PatchAdapter/
 	    --html-details build/coverage/report/index.html build/coverage
 	@echo "coverage: line by line in build/coverage/report/index.html"
 
-seeded: setup-native  ## thirty faults, one after the other, each of which the suite must notice (half an hour)
+seeded: setup-native  ## seeded faults, one after the other, each of which the suite must notice (half an hour)
 	@tests/seeded/run
 
 reliability: setup-native  ## the long form of the reliability tests
