@@ -1,6 +1,7 @@
 #include "RegistryStore.h"
 
 #include "Text.h"
+#include "Utf8.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -59,9 +60,14 @@ std::string InDatabaseOf(KeyId key, const char* szSql)
     return In(IsVolatile(key) ? "mem" : "main", szSql);
 }
 
+/// What a name is found by. The bytes of the units follow where UTF-8 cannot tell one lone surrogate from another.
 std::string Folded(const std::wstring& name)
 {
-    return Utf8FromWide(FoldName(name));
+    const std::wstring folded = FoldName(name);
+    std::string bytes;
+    if (!EncodeUtf8(folded, [&](char c) { bytes += c; }))
+        bytes.append(reinterpret_cast<const char*>(folded.data()), folded.size() * sizeof(wchar_t));
+    return bytes;
 }
 
 int64_t GetSchemaVersion(CDatabase& database)

@@ -107,10 +107,11 @@ TEST_F(Registry, ComparesNamesAsThePlatformDoes)
 {
     // Greek and Cyrillic too; the title form has no part in it
     const std::tuple<const wchar_t*, const wchar_t*, bool> rows[] = {
-        { L"Name", L"nAME", true },    { L"\xE4", L"\xC4", true },    { L"\xFF", L"\x178", true },
-        { L"\x3B1", L"\x391", true },  { L"\x430", L"\x410", true },  { L"\x1C6", L"\x1C4", true },
-        { L"\x1C6", L"\x1C5", false }, { L"\xDF", L"\x1E9E", false }, { L"\xB5", L"\x39C", false },
-        { L"\x131", L"I", false },     { L"\x17F", L"S", false },     { L"\x3C2", L"\x3A3", false },
+        { L"Name", L"nAME", true },     { L"\xE4", L"\xC4", true },      { L"\xFF", L"\x178", true },
+        { L"\x3B1", L"\x391", true },   { L"\x430", L"\x410", true },    { L"\x1C6", L"\x1C4", true },
+        { L"\x1C6", L"\x1C5", false },  { L"\xDF", L"\x1E9E", false },   { L"\xB5", L"\x39C", false },
+        { L"\x131", L"I", false },      { L"\x17F", L"S", false },       { L"\x3C2", L"\x3A3", false },
+        { L"\xD800", L"\xD800", true }, { L"\xD800", L"\xD801", false },
     };
     const CTestKey key(s_szKey);
     for (const auto& [szWritten, szAsked, bSame] : rows)
