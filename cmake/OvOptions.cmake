@@ -1,12 +1,15 @@
 # Compile and link options that every target of ours shares.
 
+option(OV_COVERAGE "Leave the branches of machine faults out of the product's code, so that its own are counted" OFF)
+
 add_library(ovOptions INTERFACE)
 target_compile_features(ovOptions INTERFACE cxx_std_17)
 target_compile_options(ovOptions INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wold-style-cast -Wcast-qual -Wnon-virtual-dtor -Woverloaded-virtual
     -Wdouble-promotion -Werror
-    # A machine fault is turned into an exception that unwinds from the faulting instruction.
-    -fnon-call-exceptions -fasynchronous-unwind-tables
+    # A machine fault is turned into an exception that unwinds from the faulting instruction. Where branches are
+    # counted it would give every memory access one more.
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:OV_COUNT_BRANCHES>>>:-fnon-call-exceptions> -fasynchronous-unwind-tables
     # No path of the building machine may end up in a binary.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 target_include_directories(ovOptions INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/Include)
