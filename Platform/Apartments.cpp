@@ -1,6 +1,7 @@
 #include "Apartments.h"
 
 #include "Com.h"
+#include "Counters.h"
 
 #include <atomic>
 
@@ -24,8 +25,10 @@ public:
     /// A thread that ends without having left is taken out.
     ~CThreadApartment()
     {
-        if (m_apartment != NoApartment)
-            Leave();
+        if (m_apartment == NoApartment)
+            return;
+        ++AbandonedApartmentCounter();
+        Leave();
     }
 
     HRESULT Enter(bool bMultithreaded)

@@ -19,6 +19,9 @@ OVPLATFORM_API unsigned LiveComObjects();
 /// BSTRs that are allocated in this process.
 OVPLATFORM_API unsigned LiveBstrs();
 
+/// Threads that have ended in an apartment which they had entered and not left. Nothing takes one back.
+OVPLATFORM_API unsigned AbandonedApartments();
+
 /// Divides every Sleep and every time-out of a wait; 1 is real time. With 1000 a ten-second wait takes ten
 /// milliseconds. Waits that have begun are not changed. The tick counts run as much faster. 0 counts as 1.
 OVPLATFORM_API void SetTimeScale(unsigned nDivisor);

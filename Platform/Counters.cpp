@@ -23,6 +23,12 @@ std::atomic<unsigned>& BstrCounter()
     return s_nStrings;
 }
 
+std::atomic<unsigned>& AbandonedApartmentCounter()
+{
+    static std::atomic<unsigned> s_nApartments{ 0 };
+    return s_nApartments;
+}
+
 unsigned OpenHandles()
 {
     return HandleCounter();
@@ -36,6 +42,11 @@ unsigned LiveComObjects()
 unsigned LiveBstrs()
 {
     return BstrCounter();
+}
+
+unsigned AbandonedApartments()
+{
+    return AbandonedApartmentCounter();
 }
 
 } // namespace OvPlatform

@@ -15,6 +15,9 @@ std::atomic<unsigned>& ComObjectCounter();
 /// BSTRs that are allocated.
 std::atomic<unsigned>& BstrCounter();
 
+/// Apartments in which a thread ended that had entered and not left them.
+std::atomic<unsigned>& AbandonedApartmentCounter();
+
 /// A member of each object that counts: adds one while it lives, copies included.
 template <std::atomic<unsigned>& (*Counter)()>
 class CCounted

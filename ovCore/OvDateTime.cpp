@@ -83,15 +83,9 @@ void SetDate(LONG nDay, std::tm& fields)
 /// The calendar's fields of a value within the range.
 std::tm ToFields(double dValue)
 {
-    LONG nDay = BaseDay() + static_cast<LONG>(dValue);
-    LONG nSecond = static_cast<LONG>(std::lround(std::fabs(dValue - std::trunc(dValue)) * SECONDS_A_DAY));
-    if (nSecond == SECONDS_A_DAY)
-    {
-        nSecond = 0;
-        ++nDay;
-    }
+    const LONG nSecond = static_cast<LONG>(std::lround(std::fabs(dValue - std::trunc(dValue)) * SECONDS_A_DAY));
     std::tm fields = {};
-    SetDate(nDay, fields);
+    SetDate(BaseDay() + static_cast<LONG>(dValue), fields);
     fields.tm_hour = nSecond / 3600;
     fields.tm_min = nSecond / 60 % 60;
     fields.tm_sec = nSecond % 60;

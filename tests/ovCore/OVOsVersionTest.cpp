@@ -55,23 +55,23 @@ TEST(OvOsVersion, ClassifiesByTheTrueVersion)
                  { WIN9X, { 4, 11, 1998 }, UNKNOWN, OsUnknown },   { WIN9X, { 4, 90, 950 }, UNKNOWN, OsWindowsMe },
                  { WIN9X, { 4, 90, 3000 }, UNKNOWN, OsWindowsMe }, { WIN9X, { 4, 91, 3000 }, UNKNOWN, OsUnknown },
                  { WIN9X, { 3, 0, 950 }, UNKNOWN, OsUnknown },     { WIN9X, { 5, 0, 950 }, UNKNOWN, OsUnknown },
-                 { NT, { 3, 9, 1 }, UNKNOWN, OsUnknown },          { NT, { 3, 10, 528 }, UNKNOWN, OsWindowsNt },
-                 { NT, { 3, 50, 807 }, CLIENT, OsWindowsNt },      { NT, { 3, 51, 1057 }, SERVER, OsWindowsNt },
-                 { NT, { 3, 52, 1 }, SERVER, OsUnknown },          { NT, { 4, 0, 1381 }, CLIENT, OsWindowsNt },
-                 { NT, { 4, 99, 1 }, UNKNOWN, OsWindowsNt },       { NT, { 5, 0, 2195 }, CLIENT, OsWindows2000 },
-                 { NT, { 5, 0, 2195 }, DC, OsWindows2000 },        { NT, { 5, 0, 2195 }, UNKNOWN, OsWindows2000 },
-                 { NT, { 5, 1, 2600 }, CLIENT, OsWindowsXp },      { NT, { 5, 2, 3790 }, CLIENT, OsWindowsXp },
-                 { NT, { 5, 2, 3790 }, SERVER, OsServer2003 },     { NT, { 5, 1, 3590 }, DC, OsServer2003 },
-                 { NT, { 5, 2, 3790 }, UNKNOWN, OsUnknown },       { NT, { 6, 0, 6002 }, CLIENT, OsVista },
-                 { NT, { 6, 0, 6002 }, SERVER, OsServer2008 },     { NT, { 6, 1, 7601 }, DC, OsServer2008 },
-                 { NT, { 6, 1, 7601 }, CLIENT, OsWindows7 },       { NT, { 6, 1, 7601 }, UNKNOWN, OsUnknown },
-                 { NT, { 6, 2, 9200 }, CLIENT, OsWindows8 },       { NT, { 6, 3, 9600 }, CLIENT, OsWindows8 },
-                 { NT, { 6, 2, 9200 }, SERVER, OsServer2012 },     { NT, { 6, 3, 9600 }, DC, OsServer2012 },
-                 { NT, { 6, 4, 9841 }, CLIENT, OsWindows10 },      { NT, { 6, 4, 9841 }, SERVER, OsServer2016 },
-                 { NT, { 7, 0, 1 }, CLIENT, OsWindows10 },         { NT, { 10, 0, 22631 }, CLIENT, OsWindows10 },
-                 { NT, { 10, 0, 17599 }, SERVER, OsServer2016 },   { NT, { 10, 0, 17599 }, DC, OsServer2016 },
-                 { NT, { 10, 0, 17600 }, SERVER, OsServerLater },  { NT, { 11, 0, 17600 }, DC, OsServerLater },
-                 { NT, { 10, 0, 17600 }, UNKNOWN, OsUnknown } };
+                 { NT, { 3, 9, 1 }, UNKNOWN, OsUnknown },          { NT, { 2, 0, 1 }, CLIENT, OsUnknown },
+                 { NT, { 3, 10, 528 }, UNKNOWN, OsWindowsNt },     { NT, { 3, 50, 807 }, CLIENT, OsWindowsNt },
+                 { NT, { 3, 51, 1057 }, SERVER, OsWindowsNt },     { NT, { 3, 52, 1 }, SERVER, OsUnknown },
+                 { NT, { 4, 0, 1381 }, CLIENT, OsWindowsNt },      { NT, { 4, 99, 1 }, UNKNOWN, OsWindowsNt },
+                 { NT, { 5, 0, 2195 }, CLIENT, OsWindows2000 },    { NT, { 5, 0, 2195 }, DC, OsWindows2000 },
+                 { NT, { 5, 0, 2195 }, UNKNOWN, OsWindows2000 },   { NT, { 5, 1, 2600 }, CLIENT, OsWindowsXp },
+                 { NT, { 5, 2, 3790 }, CLIENT, OsWindowsXp },      { NT, { 5, 2, 3790 }, SERVER, OsServer2003 },
+                 { NT, { 5, 1, 3590 }, DC, OsServer2003 },         { NT, { 5, 2, 3790 }, UNKNOWN, OsUnknown },
+                 { NT, { 6, 0, 6002 }, CLIENT, OsVista },          { NT, { 6, 0, 6002 }, SERVER, OsServer2008 },
+                 { NT, { 6, 1, 7601 }, DC, OsServer2008 },         { NT, { 6, 1, 7601 }, CLIENT, OsWindows7 },
+                 { NT, { 6, 1, 7601 }, UNKNOWN, OsUnknown },       { NT, { 6, 2, 9200 }, CLIENT, OsWindows8 },
+                 { NT, { 6, 3, 9600 }, CLIENT, OsWindows8 },       { NT, { 6, 2, 9200 }, SERVER, OsServer2012 },
+                 { NT, { 6, 3, 9600 }, DC, OsServer2012 },         { NT, { 6, 4, 9841 }, CLIENT, OsWindows10 },
+                 { NT, { 6, 4, 9841 }, SERVER, OsServer2016 },     { NT, { 7, 0, 1 }, CLIENT, OsWindows10 },
+                 { NT, { 10, 0, 22631 }, CLIENT, OsWindows10 },    { NT, { 10, 0, 17599 }, SERVER, OsServer2016 },
+                 { NT, { 10, 0, 17599 }, DC, OsServer2016 },       { NT, { 10, 0, 17600 }, SERVER, OsServerLater },
+                 { NT, { 11, 0, 17600 }, DC, OsServerLater },      { NT, { 10, 0, 17600 }, UNKNOWN, OsUnknown } };
     for (const auto& row : rows)
     {
         const COVOsVersion version = Version(Record(row.dwPlatform, row.actual, row.lProductType));
@@ -115,6 +115,9 @@ TEST(OvOsVersion, NamesTheEditionByTheFirstTestThatHolds)
     record = Record(NT, { 5, 2, 3790 }, SERVER);
     record.wSuite = VER_SUITE_ENTERPRISE | VER_SUITE_DATACENTER;
     EXPECT_EQ(EditionDatacenter, Version(record).GetDesignation());
+    record = Record(NT, { 4, 0, 1381 }, SERVER);
+    record.bTerminalServer = true;
+    EXPECT_EQ(EditionTerminalServer, Version(record).GetDesignation());
 }
 
 TEST(OvOsVersion, MapsTheMachinesProcessor)

@@ -144,6 +144,8 @@ TEST(PlatformFailure, AStringWithoutMemoryRaisesTheComErrorAndKeepsItsTarget)
     EXPECT_THROW(target = source, _com_error);
     s_bStringsFail = false;
     EXPECT_STREQ(L"target", target.Get());
+    target = COvBstr(L"new");
+    EXPECT_STREQ(L"new", target.Get());
 }
 
 TEST(PlatformFailure, AnEventIsAskedForAgainUntilTheTimeIsOver)

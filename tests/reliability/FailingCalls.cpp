@@ -77,6 +77,8 @@ bool Fails(unsigned nIndex)
     const bool bInTurn = s_failure.nEvery != 0 && s_nCalls % s_failure.nEvery == 0;
     if (!bInRow && !bInTurn && s_nCalls != s_failure.nSecond)
         return false;
+    if (s_failure.pfnInstead != nullptr)
+        s_failure.pfnInstead();
     if (s_failed.size() > 1000)
         return true;
     s_failed += (s_failed.empty() ? "" : " ") + std::string(s_calls[nIndex].szFunction);

@@ -13,9 +13,10 @@ struct CCallFailure
     unsigned nFirst = 0; ///< counted from 1; 0: none
     unsigned nCount = 1; ///< how many in a row
     std::string function = {};
-    bool bOtherThreads = false; ///< the calls of the threads that the library makes, not those of the arming thread
-    unsigned nSecond = 0;       ///< one more call that fails, counted as nFirst; 0: none
-    unsigned nEvery = 0;        ///< every so many calls one fails; 0: none
+    bool bOtherThreads = false;     ///< the calls of the threads that the library makes, not those of the arming thread
+    unsigned nSecond = 0;           ///< one more call that fails, counted as nFirst; 0: none
+    unsigned nEvery = 0;            ///< every so many calls one fails; 0: none
+    void (*pfnInstead)() = nullptr; ///< called before the call fails
 
     static constexpr unsigned ONWARDS = std::numeric_limits<unsigned>::max();
 };

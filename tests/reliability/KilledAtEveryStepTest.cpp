@@ -1,7 +1,7 @@
 // A host that is killed while it applies a policy: before and after every system call of the applying thread, those of
 // the registry's store among them.
+#include "AfterAKill.h"
 #include "FaultyRun.h"
-#include "MainJob.h"
 
 #include "Platform/Control.h"
 
@@ -93,15 +93,7 @@ TEST_F(KilledAtEveryStep, TheRevisionIsOldOrNewAndTheNextApplyWorks)
             break;
         ++nKilled;
         UseFile();
-        const auto wzRevId = StoredRevision();
-        ASSERT_TRUE(wzRevId == OLD_REVISION || wzRevId == NEW_REVISION) << "stop " << nStops;
-        nOld += wzRevId == OLD_REVISION ? 1 : 0;
-
-        CMainJob next;
-        ASSERT_TRUE(next.Start()) << "stop " << nStops << "\n" << next.Trace();
-        next.Apply();
-        next.Stop();
-        ASSERT_TRUE(StoredRevision() == NEW_REVISION) << "stop " << nStops << "\n" << next.Trace();
+        nOld += ApplyAfterAKill(nStops) ? 1 : 0;
     }
     RecordProperty("killed", static_cast<int>(nKilled));
     EXPECT_GT(nOld, 0u);

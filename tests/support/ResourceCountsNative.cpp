@@ -4,5 +4,6 @@
 std::string CountResources()
 {
     return std::to_string(OvPlatform::OpenHandles()) + " handles, " + std::to_string(OvPlatform::LiveComObjects()) +
-           " COM objects, " + std::to_string(OvPlatform::LiveBstrs()) + " BSTRs";
+           " COM objects, " + std::to_string(OvPlatform::LiveBstrs()) + " BSTRs, " +
+           std::to_string(OvPlatform::AbandonedApartments()) + " apartments that were not left";
 }
