@@ -125,7 +125,14 @@ TEST(OvXmlWriter, DepthAndLengthCostNothingElse)
         const size_t nLength = i % 97 == 0 ? i / 20 : 0; // now and then longer than a block of the writer's memory
         writer.WriteStartElement(L"e");
         writer.WriteAttr(L"n", std::wstring(nLength, L'x') + L"<", true);
-        strStarts += L"<e n=\"" + std::wstring(nLength, L'x') + L"&lt;\">";
+        strStarts += L"<e n=\"" + std::wstring(nLength, L'x') + L"&lt;\"";
+        const bool bLate = i % 1000 == 0; // an attribute that comes when its start tag is long written
+        if (bLate)
+        {
+            writer.WriteString(L"t", true);
+            writer.WriteAttr(L"l", L"v", true);
+        }
+        strStarts += bLate ? L" l=\"v\">t" : L">";
         strEnds += L"</e>";
     }
     EXPECT_TRUE(strStarts + strEnds == writer.ToStringW());
