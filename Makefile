@@ -45,11 +45,13 @@ threads: setup-native  ## eight threads in the adapter, under the thread sanitiz
 coverage: setup-coverage  ## the lines and branches of ovCore/ and PatchAdapter/ that the native suite reaches
 	@$(call build,coverage)
 	@find build/coverage -name '*.gcda' -delete
-	@ctest --preset coverage -E ^PackageInstalled # which looks for paths that the counting needs
+	@ctest --preset coverage -E '^PackageInstalled|AThousandLoads' # paths and memory that the counting needs
 	@mkdir -p build/coverage/report
-	@gcovr --root . --filter ovCore/ --filter PatchAdapter/ --exclude-throw-branches --print-summary \
-	    --html-details build/coverage/report/index.html build/coverage
+	@gcovr --root . --filter ovCore/ --filter PatchAdapter/ --exclude-throw-branches --exclude-unreachable-branches \
+	    --print-summary --json build/coverage/report/coverage.json --html-details build/coverage/report/index.html \
+	    build/coverage
 	@echo "coverage: line by line in build/coverage/report/index.html"
+	@tests/coverage/explained build/coverage/report/coverage.json docs/coverage.md
 
 seeded: setup-native  ## seeded faults, one after the other, each of which the suite must notice (half an hour)
 	@tests/seeded/run
