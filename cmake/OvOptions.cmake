@@ -24,7 +24,8 @@ if(WIN32)
         -Wl,--dynamicbase -Wl,--nxcompat -Wl,--no-insert-timestamp -Wl,--disable-auto-image-base)
 else()
     # A unique symbol would keep a plug-in in the process for ever.
-    target_compile_options(ovOptions INTERFACE -fvisibility=hidden -fvisibility-inlines-hidden -fno-gnu-unique)
+    target_compile_options(ovOptions INTERFACE -fvisibility=hidden -fvisibility-inlines-hidden
+        $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
     target_link_options(ovOptions INTERFACE -Wl,-z,relro,-z,now -Wl,--no-undefined)
 endif()
 
@@ -41,6 +42,7 @@ if(OV_SANITIZE)
     # The host's objects may come from another compiler: no type information of ours can be asked of them (vptr).
     # The instrumented code makes GCC take initialised objects for uninitialised ones, the library's own among them.
     target_compile_options(ovOptions INTERFACE
-        -fsanitize=${OV_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer -Wno-maybe-uninitialized)
+        -fsanitize=${OV_SANITIZE} -fno-sanitize=vptr -fno-omit-frame-pointer
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(ovOptions INTERFACE -fsanitize=${OV_SANITIZE})
 endif()
