@@ -1,6 +1,6 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads coverage seeded reliability bench install package doc format check-format \
+.PHONY: help run test windows test-windows sanitize threads coverage seeded fuzz reliability bench install package doc format check-format \
         clean
 
 JOBS ?= $(shell nproc)
@@ -8,6 +8,7 @@ CORE ?= 0
 REPETITIONS ?= 9
 PREFIX ?= /usr/local
 ROWS ?= .
+RUNS ?= 100000
 
 # $(call build,PRESET[,TARGET]): configures a preset and builds it, or the one target.
 build = cmake --preset $(1) >build/$(1).configure.log || { cat build/$(1).configure.log; exit 1; }; \
@@ -56,6 +57,10 @@ coverage: setup-coverage  ## the lines and branches of ovCore/ and PatchAdapter/
 seeded: setup-native  ## seeded faults, one after the other, each of which the suite must notice (half an hour)
 	@tests/seeded/run
 
+fuzz: setup-fuzz  ## the fuzz targets under sanitizers, RUNS executions of each
+	@$(call build,fuzz,fuzzTargets)
+	@RUNS='$(RUNS)' tests/fuzz/run
+
 reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
 	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|OvFault|HostileArguments|ThreatTable|Soak)'
@@ -96,4 +101,4 @@ check-format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root
-	@rm -rf build/native build/windows build/sanitize build/threads build/coverage build/seeded build/bench build/package build/reference
+	@rm -rf build/native build/windows build/sanitize build/threads build/coverage build/seeded build/fuzz build/bench build/package build/reference

@@ -25,8 +25,10 @@ if(WIN32)
 else()
     # A unique symbol would keep a plug-in in the process for ever.
     target_compile_options(ovOptions INTERFACE -fvisibility=hidden -fvisibility-inlines-hidden
-        $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
-    target_link_options(ovOptions INTERFACE -Wl,-z,relro,-z,now -Wl,--no-undefined)
+        $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
+        $<$<CXX_COMPILER_ID:Clang>:-Wno-unused-private-field>) # of a class that another target needs it for
+    target_link_options(ovOptions INTERFACE -Wl,-z,relro,-z,now
+        $<$<CXX_COMPILER_ID:GNU>:-Wl,--no-undefined>) # Clang's sanitizers leave their symbols to the program
 endif()
 
 # The platform's libraries: Windows' own, or the stand-in. The choice is made here and only here.

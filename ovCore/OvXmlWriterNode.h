@@ -81,6 +81,7 @@ private:
     void AddBlock(uint64_t nUnits);
     uint64_t RenderedLength() const;
 
+    std::array<wchar_t, FIRST_BLOCK> m_first;
     std::vector<CBlock> m_blocks;       // those after the first one
     size_t m_nFirstUsed = 0;            // of the first block, once it is full
     wchar_t* m_pBlock = m_first.data(); // the block in use
@@ -94,5 +95,4 @@ private:
     size_t m_nFirstElements = 0;             // of m_firstElements, those that have been used
     std::vector<std::unique_ptr<COvXmlWriterNode>> m_moreElements;
     std::array<COvXmlWriterNode, FIRST_ELEMENTS> m_firstElements;
-    std::array<wchar_t, FIRST_BLOCK> m_first;
 };
