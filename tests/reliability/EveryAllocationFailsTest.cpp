@@ -29,7 +29,10 @@ TEST(EveryAllocationFails, OnceAndFromThenOn)
         {
             const COutcome outcome = RunMainJobShortOfMemory(n, bOnwards);
             if (outcome.failed.empty())
+            {
+                RecordProperty(bOnwards ? "onwards" : "once", static_cast<int>(n - 1));
                 break;
+            }
             SCOPED_TRACE("allocation " + std::to_string(n) + (bOnwards ? " and all behind it" : ""));
             EXPECT_FALSE(outcome.bEscaped);
             EXPECT_EQ("", outcome.leak);

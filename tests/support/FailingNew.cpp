@@ -29,14 +29,19 @@ bool CFailingNew::Reached() const
     return s_bReached;
 }
 
+bool CFailingNew::Fails()
+{
+    if (s_nLeft == 0 || --s_nLeft != 0)
+        return false;
+    s_bReached = true;
+    s_nLeft = s_bOnwards ? 1 : 0;
+    return true;
+}
+
 void* operator new(std::size_t nSize)
 {
-    if (s_nLeft != 0 && --s_nLeft == 0)
-    {
-        s_bReached = true;
-        s_nLeft = s_bOnwards ? 1 : 0;
+    if (CFailingNew::Fails())
         throw std::bad_alloc();
-    }
     if (void* const p = std::malloc(nSize != 0 ? nSize : 1))
         return p;
     throw std::bad_alloc();

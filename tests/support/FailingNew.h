@@ -14,6 +14,9 @@ public:
     CFailingNew(const CFailingNew&) = delete;
     CFailingNew& operator=(const CFailingNew&) = delete;
 
+    /// Counts an allocation that is made elsewhere than by operator new. @return whether it is to fail.
+    static bool Fails();
+
     /// Whether the allocation that was to fail has been asked for.
     bool Reached() const;
 };
