@@ -36,6 +36,20 @@ public:
         }
     }
 
+    /// Copies the units at the front of a text that are ASCII and change nothing, which Take then need not see.
+    /// @return how many.
+    size_t CopyPlain(const wchar_t* p, size_t nMost, char* pOut) const
+    {
+        if (m_state != State::Content && m_state != State::Tag && m_state != State::Quoted)
+            return 0;
+        const wchar_t nFirst = m_state == State::Tag ? L'>' + 1 : 1;
+        const wchar_t nEnd = m_state == State::Quoted ? m_quote : L'<';
+        size_t n = 0;
+        for (; n < nMost && p[n] >= nFirst && p[n] < 0x80 && p[n] != nEnd; ++n)
+            pOut[n] = static_cast<char>(p[n]);
+        return n;
+    }
+
 private:
     enum class State
     {
