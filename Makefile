@@ -65,12 +65,18 @@ reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
 	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|OvFault|HostileArguments|ThreatTable|Soak)'
 
-bench: setup-bench  ## the library beside its peers; renews the tables of docs/performance.md (half an hour, one core)
+bench: setup-bench setup-bench-windows  ## the library beside its peers; renews the tables of docs/performance.md (an hour, one core)
 	@$(call build,bench,bench)
 	@OVPLATFORM_REGISTRY=:memory: taskset -c $(CORE) build/bench/bin/bench --benchmark_enable_random_interleaving=true \
 	    --benchmark_repetitions=$(REPETITIONS) --benchmark_min_time=0.05 --benchmark_filter='$(ROWS)' \
 	    --benchmark_out=build/bench/results.json --benchmark_out_format=json >build/bench/results.log
 	@bench/table build/bench/results.json docs/performance.md
+	@$(call build,bench-windows,bench)
+	@taskset -c $(CORE) tools/wine build/bench-windows/bin/bench.exe --benchmark_enable_random_interleaving=true \
+	    --benchmark_repetitions=$(REPETITIONS) --benchmark_min_time=0.05 --benchmark_filter='$(ROWS)' \
+	    --benchmark_out=build/bench-windows/results.json --benchmark_out_format=json >build/bench-windows/results.log
+	@[ ! -s build/bench-windows/results.json ] || \
+	    bench/table build/bench-windows/results.json docs/performance.md windows
 	@echo "bench: the tables are in docs/performance.md"
 
 install: setup-native  ## the library, the host tool, what a host is built with; to PREFIX, below DESTDIR
@@ -101,4 +107,5 @@ check-format: setup-format  ## fails when a source is not formatted
 	@git ls-files '*.cpp' '*.h' | xargs clang-format-14 --dry-run --Werror
 
 clean:  ## removes the build folders, but for the Wine root
-	@rm -rf build/native build/windows build/sanitize build/threads build/coverage build/seeded build/fuzz build/bench build/package build/reference
+	@rm -rf build/native build/windows build/sanitize build/threads build/coverage build/seeded build/fuzz build/bench \
+	    build/bench-windows build/bench-sources build/package build/reference

@@ -6,6 +6,10 @@
 #include "PolicyXml.h"
 #include "TrevokPatchApi.h"
 
+#include <string_view>
+
+using namespace std::string_view_literals; // their length is known: names are compared for each element
+
 namespace
 {
 
@@ -84,15 +88,15 @@ void CPatchAdapter::TranslateChild(const COvXmlNode& node, CTranslation& transla
 {
     const std::wstring strPolicyNodeName = BaseName(node);
     m_Trace.Detail(L"strPolicyNodeName", strPolicyNodeName);
-    if (strPolicyNodeName == L"policyType")
+    if (strPolicyNodeName == L"policyType"sv)
         m_wzPolicyName = AttrText(node, L"name");
-    else if (strPolicyNodeName == L"assessment")
+    else if (strPolicyNodeName == L"assessment"sv)
         TranslateAssessment(node, translation);
-    else if (strPolicyNodeName == L"remediation")
+    else if (strPolicyNodeName == L"remediation"sv)
         m_Trace.Warning(InfoMsg(L"Remediation should not be present in policy"));
-    else if (strPolicyNodeName == L"proxy")
+    else if (strPolicyNodeName == L"proxy"sv)
         m_Trace.Warning(InfoMsg(L"Proxy should not be present in policy"));
-    else if (strPolicyNodeName == L"serverKey")
+    else if (strPolicyNodeName == L"serverKey"sv)
         TranslateServerKey(node, translation);
 }
 

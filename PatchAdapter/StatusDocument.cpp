@@ -41,7 +41,7 @@ void StartDocument(COvXmlWriter& writer, const wchar_t* szRoot, const wchar_t* s
 void WriteVersionUnlessZero(COvXmlWriter& writer, const wchar_t* szName, const COvVersion& version)
 {
     if (version != COvVersion())
-        writer.WriteAttr(szName, version.AsStr(), s_bEscape);
+        writer.WriteAttrW(szName, version.AsStr().c_str(), s_bEscape);
 }
 
 } // namespace
@@ -86,7 +86,7 @@ std::wstring& CPatchAdapter::BuildStatusXml(std::wstring& wzStatus)
     m_Trace.Info(L"Creating Status XML");
     COvXmlWriter writer(false);
     StartDocument(writer, L"status", TREVOK_REVERSE_DOMAIN L"\\mansys\\status");
-    writer.WriteAttr(L"type", L"patch", s_bEscape);
+    writer.WriteAttrW(L"type", L"patch", s_bEscape);
     WriteCompliance(writer, status);
     WriteMeta(writer);
     writer.WriteStartElement(L"data", nullptr);
@@ -122,8 +122,8 @@ bool CPatchAdapter::RetrieveStatusInfo(bool& bWuaInstalled, LONG& nWuaCompatibil
         return false;
     }
     nWuaCompatibility = bWuaCompatible ? WuaIsCompatible : WuaIsNotCompatible;
-    verWuaCurrent.SetVersion(strWuaCurrentVersion);
-    verWuaRequired.SetVersion(strWuaRequiredVersion);
+    verWuaCurrent.SetVersion(std::move(strWuaCurrentVersion));
+    verWuaRequired.SetVersion(std::move(strWuaRequiredVersion));
     return true;
 }
 
@@ -133,18 +133,18 @@ void CPatchAdapter::WriteCompliance(COvXmlWriter& writer, const CServiceStatus& 
     writer.WriteStartElement(L"CompRes", nullptr);
     writer.WriteNameSpace(L"", TREVOK_REVERSE_DOMAIN L"\\msys\\csc", s_bEscape);
     writer.WriteAttr(L"policyType", m_lPolicyType, s_bEscape);
-    writer.WriteAttr(L"Res", bInForce ? m_wzCompRes : L"NoRef", s_bEscape);
+    writer.WriteAttrW(L"Res", bInForce ? m_wzCompRes.c_str() : L"NoRef", s_bEscape);
     if (!m_wzRevId.empty())
-        writer.WriteAttr(L"RevID", m_wzRevId, s_bEscape);
+        writer.WriteAttrW(L"RevID", m_wzRevId.c_str(), s_bEscape);
     writer.WriteEndElement();
 }
 
 void CPatchAdapter::WriteMeta(COvXmlWriter& writer)
 {
     writer.WriteStartElement(L"meta", nullptr);
-    writer.WriteAttr(L"timestamp", COvDateTime::Now().Format(L"%Y-%m-%dT%H:%M:%S.000"), s_bEscape);
+    writer.WriteAttrW(L"timestamp", COvDateTime::Now().Format(L"%Y-%m-%dT%H:%M:%S.000").c_str(), s_bEscape);
     writer.WriteAttr(L"protocolVersion", s_nProtocolVersion, s_bEscape);
-    writer.WriteAttr(L"softwareVersion", GetBinaryVersion().AsStr(), s_bEscape);
+    writer.WriteAttrW(L"softwareVersion", GetBinaryVersion().AsStr().c_str(), s_bEscape);
     writer.WriteEndElement();
 }
 
@@ -152,9 +152,9 @@ std::wstring CPatchAdapter::BuildPatchXml(const CServiceStatus& status)
 {
     COvXmlWriter writer(false);
     StartDocument(writer, L"patch", L"http://" TREVOK_WEB_HOST L"/xml/mansys/patch.xsd");
-    writer.WriteAttr(L"agentVersion", GetBinaryVersion().AsStr(), s_bEscape);
-    writer.WriteAttr(L"serviceRunning", BoolText(status.bServiceRunning), s_bEscape);
-    writer.WriteAttr(L"assessmentEnabled", BoolText(status.bAssessmentEnabled), s_bEscape);
+    writer.WriteAttrW(L"agentVersion", GetBinaryVersion().AsStr().c_str(), s_bEscape);
+    writer.WriteAttrW(L"serviceRunning", BoolText(status.bServiceRunning), s_bEscape);
+    writer.WriteAttrW(L"assessmentEnabled", BoolText(status.bAssessmentEnabled), s_bEscape);
     writer.WriteStartElement(L"wua", nullptr);
     WriteWua(writer, status);
     writer.WriteEndElement();
@@ -166,17 +166,17 @@ void CPatchAdapter::WriteWua(COvXmlWriter& writer, const CServiceStatus& status)
 {
     if (!status.bStatusRetrieved)
     {
-        writer.WriteAttr(L"installed", BoolText(true), s_bEscape);
-        writer.WriteAttr(L"compatible", BoolText(true), s_bEscape);
-        writer.WriteAttr(L"currentVersion", COvVersion().AsStr(), s_bEscape);
-        writer.WriteAttr(L"requiredVersion", COvVersion().AsStr(), s_bEscape);
+        writer.WriteAttrW(L"installed", BoolText(true), s_bEscape);
+        writer.WriteAttrW(L"compatible", BoolText(true), s_bEscape);
+        writer.WriteAttrW(L"currentVersion", COvVersion().AsStr().c_str(), s_bEscape);
+        writer.WriteAttrW(L"requiredVersion", COvVersion().AsStr().c_str(), s_bEscape);
         return;
     }
-    writer.WriteAttr(L"installed", BoolText(status.bWuaInstalled), s_bEscape);
+    writer.WriteAttrW(L"installed", BoolText(status.bWuaInstalled), s_bEscape);
     if (!status.bWuaInstalled)
         return;
     if (status.nWuaCompatibility != CompatibilityNotRead)
-        writer.WriteAttr(L"compatible", BoolText(status.nWuaCompatibility == WuaIsCompatible), s_bEscape);
+        writer.WriteAttrW(L"compatible", BoolText(status.nWuaCompatibility == WuaIsCompatible), s_bEscape);
     WriteVersionUnlessZero(writer, L"currentVersion", status.verWuaCurrent);
     WriteVersionUnlessZero(writer, L"requiredVersion", status.verWuaRequired);
 }

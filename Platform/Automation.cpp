@@ -36,15 +36,18 @@ BSTR SysAllocStringLen(const OLECHAR* strIn, UINT ui)
 {
     if (ui > MaxBstrLength)
         return nullptr;
-    void* pBlock = std::calloc(1, sizeof(CBstrHeader) + (size_t{ ui } + 1) * sizeof(OLECHAR));
+    void* pBlock = std::malloc(sizeof(CBstrHeader) + (size_t{ ui } + 1) * sizeof(OLECHAR));
     if (!pBlock)
         return nullptr;
     ++BstrCounter();
     auto* pHeader = static_cast<CBstrHeader*>(pBlock);
     pHeader->nLength = ui;
     BSTR bstr = reinterpret_cast<BSTR>(pHeader + 1);
-    if (strIn && ui != 0)
-        std::memcpy(bstr, strIn, size_t{ ui } * sizeof(OLECHAR));
+    if (strIn)
+        std::wmemcpy(bstr, strIn, ui);
+    else
+        std::wmemset(bstr, L'\0', ui);
+    bstr[ui] = L'\0';
     return bstr;
 }
 

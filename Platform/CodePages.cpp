@@ -90,6 +90,9 @@ public:
     /// @param nRoom  0: only count.
     COutput(T* p, int nRoom) : m_p(p), m_nRoom(static_cast<size_t>(nRoom)) {}
 
+    /// A text of so many values, when there is no room.
+    void CountOnly(size_t nValues) { m_nCount += nValues; }
+
     void Put(T value)
     {
         if (m_nCount < m_nRoom)
@@ -226,6 +229,12 @@ std::wstring_view TextOf(LPCWSTR sz, int nLength)
     return { sz, nLength < 0 ? std::wcslen(sz) + 1 : static_cast<size_t>(nLength) };
 }
 
+/// Whether a call with that room for its result asks only how long it is, and it is as long as the text.
+bool IsAsLongAsText(const CPage& page, int nRoom)
+{
+    return nRoom == 0 && !page.IsUtf8() && !page.table->IsDoubleByte();
+}
+
 /// What both calls ask of their buffers.
 bool AreBuffersGood(const void* pIn, int nIn, const void* pOut, int nOut)
 {
@@ -258,6 +267,11 @@ int MultiByteToWideChar(UINT nCodePage, DWORD dwFlags, LPCSTR szBytes, int nByte
             return Fail(ERROR_INVALID_FLAGS, 0);
         COutput<wchar_t> output(szWide, nUnits);
         const std::string_view text = TextOf(szBytes, nBytes);
+        if (IsAsLongAsText(*pPage, nUnits) && (dwFlags & MB_ERR_INVALID_CHARS) == 0)
+        {
+            output.CountOnly(text.size());
+            return output.Result();
+        }
         const bool bValid = pPage->IsUtf8() ? DecodeUtf8(text, [&](wchar_t nUnit) { output.Put(nUnit); })
                                             : DecodeTable(*pPage, text, output);
         return bValid || (dwFlags & MB_ERR_INVALID_CHARS) == 0 ? output.Result()
@@ -278,6 +292,11 @@ int WideCharToMultiByte(UINT nCodePage, DWORD dwFlags, LPCWSTR szWide, int nUnit
             return Fail(ERROR_INVALID_FLAGS, 0);
         COutput<char> output(szBytes, nBytes);
         const std::wstring_view text = TextOf(szWide, nUnits);
+        if (IsAsLongAsText(*pPage, nBytes) && !pbUsedDefault)
+        {
+            output.CountOnly(text.size());
+            return output.Result();
+        }
         if (pPage->IsUtf8())
         {
             const bool bValid = EncodeUtf8(text, [&](char c) { output.Put(c); });

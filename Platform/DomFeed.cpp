@@ -2,6 +2,8 @@
 
 #include "Utf8.h"
 
+#include <algorithm>
+
 namespace OvPlatform::Dom
 {
 
@@ -53,6 +55,12 @@ int CFeed::Read(char* pBuffer, int nRoom)
     CAttributeMeter meter = m_meter;
     while (!m_bStopped && nNext < m_text.size() && pEnd - pOut >= nLongest)
     {
+        const size_t nRoomLeft = static_cast<size_t>(pEnd - pOut);
+        const size_t nPlain = meter.CopyPlain(m_text.data() + nNext, std::min(m_text.size() - nNext, nRoomLeft), pOut);
+        nNext += nPlain;
+        pOut += nPlain;
+        if (nPlain != 0)
+            continue;
         const wchar_t unit = m_text[nNext];
         if (!meter.Take(unit))
         {

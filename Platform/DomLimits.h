@@ -2,6 +2,7 @@
 // Platform only.
 #pragma once
 
+#include <array>
 #include <cstddef>
 
 namespace OvPlatform::Dom
@@ -36,6 +37,23 @@ public:
         }
     }
 
+    /// Copies the units at the front of a text that are ASCII and change nothing, which Take then need not see.
+    /// @return how many.
+    size_t CopyPlain(const wchar_t* p, size_t nMost, char* pOut) const
+    {
+        if (m_state != State::Content && m_state != State::Tag && m_state != State::Quoted)
+            return 0;
+        const unsigned nMark = 1u << static_cast<unsigned>(m_state);
+        size_t n = 0;
+        for (; n < nMost && static_cast<size_t>(p[n]) < s_marks.size(); ++n)
+        {
+            if ((s_marks[static_cast<size_t>(p[n])] & nMark) != 0)
+                break;
+            pOut[n] = static_cast<char>(p[n]);
+        }
+        return n;
+    }
+
 private:
     enum class State
     {
@@ -47,6 +65,19 @@ private:
         Tag,
         Quoted ///< a value in a tag
     };
+
+    /// For each unit of ASCII, a bit for each state in which it may change something.
+    static constexpr std::array<unsigned char, 0x80> s_marks = [] {
+        constexpr unsigned char inContent = 1u << static_cast<unsigned>(State::Content);
+        constexpr unsigned char inTag = 1u << static_cast<unsigned>(State::Tag);
+        constexpr unsigned char inQuotes = 1u << static_cast<unsigned>(State::Quoted);
+        std::array<unsigned char, 0x80> marks{};
+        marks['\0'] = 0xFF; // which the parser must not see
+        marks['<'] = inContent;
+        marks['='] = marks['>'] = inTag;
+        marks['"'] = marks['\''] = inTag | inQuotes;
+        return marks;
+    }();
 
     bool TakeInMarkup(wchar_t unit);
     void BeginTag(wchar_t unit);

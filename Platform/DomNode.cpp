@@ -72,7 +72,7 @@ OptText BaseNameOf(const xmlNode* pNode)
 {
     if (!IsNamed(pNode))
         return std::nullopt;
-    const std::wstring wzName = WideFromUtf8(AsText(pNode->name));
+    std::wstring wzName = WideFromUtf8(AsText(pNode->name));
     if (!IsDeclaration(pNode))
         return wzName;
     const size_t nColon = wzName.find(L':');

@@ -128,10 +128,11 @@ void SetMark(xmlNodePtr pNode, uintptr_t nMark)
 
 bool KeepsWhiteSpace(const xmlNode* pElement, bool bParentKeeps)
 {
-    const xmlAttrPtr pSpace = FindAttribute(pElement, "xml:space");
-    if (pSpace == nullptr)
-        return bParentKeeps;
-    return Value(AsNode(pSpace)) == "preserve";
+    for (const xmlAttr* pAttr = pElement->properties; pAttr != nullptr; pAttr = pAttr->next)
+        if (pAttr->ns != nullptr && std::strcmp(AsText(pAttr->name), "space") == 0 &&
+            std::strcmp(AsText(pAttr->ns->prefix), "xml") == 0)
+            return Value(reinterpret_cast<const xmlNode*>(pAttr)) == "preserve";
+    return bParentKeeps;
 }
 
 } // namespace OvPlatform::Dom

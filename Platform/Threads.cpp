@@ -210,7 +210,10 @@ BOOL GetExitCodeThread(HANDLE hThread, LPDWORD pExitCode)
 void Sleep(DWORD dwMilliseconds)
 {
     if (dwMilliseconds == 0)
+    {
         sched_yield();
+        return;
+    }
     while (dwMilliseconds == INFINITE)
         pause();
     const timespec deadline = DeadlineAfter(dwMilliseconds);

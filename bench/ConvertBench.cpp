@@ -1,7 +1,9 @@
 // Conversions between wide and narrow texts.
 #include "Bench.h"
 #include "ovCore/OvStringUtil.h"
+#if OV_BENCH_NATIVE
 #include "PeerIconv.h"
+#endif
 
 #include <memory>
 
@@ -9,13 +11,15 @@ namespace
 {
 
 template <class To, class From, class Convert>
-void AddDirection(const std::string& row, const std::basic_string<From>& text, const char* szTo, const char* szFrom,
-                  Convert convert)
+void AddDirection(const std::string& row, const std::basic_string<From>& text, [[maybe_unused]] const char* szTo,
+                  [[maybe_unused]] const char* szFrom, Convert convert)
 {
     const double nUnits = static_cast<double>(text.size());
-    const auto pIconv = std::make_shared<CIconv>(szTo, szFrom);
     Add(row, OURS, nUnits, [=] { benchmark::DoNotOptimize(convert(text)); });
+#if OV_BENCH_NATIVE
+    const auto pIconv = std::make_shared<CIconv>(szTo, szFrom);
     Add(row, "iconv", nUnits, [=] { benchmark::DoNotOptimize(pIconv->Convert<To>(text)); });
+#endif
     Add(row, "limit: plain loop", nUnits,
         [=] { benchmark::DoNotOptimize(std::basic_string<To>(text.begin(), text.end())); });
 }

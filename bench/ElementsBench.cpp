@@ -1,10 +1,12 @@
 // Long documents: elements with three attributes, one value in ten with markup in it.
 #include "Bench.h"
-#include "PeerLibxml2.h"
 #include "PeerPugixml.h"
 #include "PeerRapidxml.h"
 #include "PeerTinyxml2.h"
 #include "WriterOurs.h"
+#if OV_BENCH_NATIVE
+#include "PeerLibxml2.h"
+#endif
 
 #include <memory>
 #include <vector>
@@ -76,6 +78,8 @@ void AddElements()
         AddWriter<CRapidxmlWriter, char>(row, n, "rapidxml", s_narrowNames);
         AddWriter<CPugixmlWriter, char>(row, n, "pugixml", s_narrowNames);
         AddWriter<CTinyxml2Writer, char>(row, n, "tinyxml2", s_narrowNames);
+#if OV_BENCH_NATIVE
         AddWriter<CLibxml2Writer, char>(row, n, "libxml2", s_narrowNames);
+#endif
     }
 }

@@ -1,10 +1,12 @@
 // Escaping of whole texts.
 #include "Bench.h"
 #include "ovCore/OvXmlEscape.h"
-#include "PeerLibxml2.h"
 #include "PeerPugixml.h"
 #include "PeerRapidxml.h"
 #include "PeerTinyxml2.h"
+#if OV_BENCH_NATIVE
+#include "PeerLibxml2.h"
+#endif
 
 #include <memory>
 #include <random>
@@ -43,10 +45,14 @@ void AddOurs(const std::string& row, const std::wstring& text)
     Add(row, "limit: copy of the text", nUnits, [=] { benchmark::DoNotOptimize(std::wstring(text)); });
 }
 
+#if OV_BENCH_NATIVE
 void AddLibxml2(const std::string& row, const std::string& text, double nUnits)
 {
     Add(row, "libxml2", nUnits, [=] { xmlFree(Libxml2Escape(text)); });
 }
+#else
+void AddLibxml2(const std::string&, const std::string&, double) {}
+#endif
 
 // These leave characters beyond ASCII as they are, so they have no part in that row.
 void AddOthers(const std::string& row, const std::string& text, double nUnits)

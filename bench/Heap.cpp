@@ -2,15 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <malloc.h>
-
-extern "C"
-{
-    void* __libc_malloc(size_t nBytes);
-    void* __libc_calloc(size_t nCount, size_t nBytes);
-    void* __libc_realloc(void* p, size_t nBytes);
-    void __libc_free(void* p);
-}
 
 namespace
 {
@@ -20,54 +11,23 @@ thread_local bool s_bWatched = false; // the thread whose work it is
 CHeapUse s_use;
 ptrdiff_t s_nHeld = 0;
 
-bool IsWatched()
+} // namespace
+
+bool IsHeapWatched()
 {
     return s_bWatching.load(std::memory_order_relaxed) && s_bWatched;
 }
 
-void* Took(void* p)
+void NoteTaken(size_t nBytes)
 {
-    if (IsWatched())
-    {
-        s_nHeld += static_cast<ptrdiff_t>(malloc_usable_size(p));
-        ++s_use.nAllocations;
-        s_use.nPeakBytes = std::max(s_use.nPeakBytes, static_cast<size_t>(std::max<ptrdiff_t>(s_nHeld, 0)));
-    }
-    return p;
+    s_nHeld += static_cast<ptrdiff_t>(nBytes);
+    ++s_use.nAllocations;
+    s_use.nPeakBytes = std::max(s_use.nPeakBytes, static_cast<size_t>(std::max<ptrdiff_t>(s_nHeld, 0)));
 }
 
-void Gives(void* p)
+void NoteGiven(size_t nBytes)
 {
-    if (IsWatched())
-        s_nHeld -= static_cast<ptrdiff_t>(malloc_usable_size(p));
-}
-
-} // namespace
-
-// In place of the C library's, so that libxml2's memory and BSTRs are counted too.
-extern "C"
-{
-    void* malloc(size_t nBytes)
-    {
-        return Took(__libc_malloc(nBytes));
-    }
-
-    void* calloc(size_t nCount, size_t nBytes)
-    {
-        return Took(__libc_calloc(nCount, nBytes));
-    }
-
-    void* realloc(void* p, size_t nBytes)
-    {
-        Gives(p);
-        return Took(__libc_realloc(p, nBytes));
-    }
-
-    void free(void* p)
-    {
-        Gives(p);
-        __libc_free(p);
-    }
+    s_nHeld -= static_cast<ptrdiff_t>(nBytes);
 }
 
 void StartHeapWatch()

@@ -9,6 +9,11 @@ struct CHeapUse
     size_t nPeakBytes = 0; ///< the most that was held at once, beyond what was held at the start
 };
 
+// For those who replace the functions that give memory.
+bool IsHeapWatched();
+void NoteTaken(size_t nBytes);
+void NoteGiven(size_t nBytes);
+
 void StartHeapWatch();
 CHeapUse EndHeapWatch();
 

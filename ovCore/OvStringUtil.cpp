@@ -31,6 +31,26 @@ int LargerSize(int nSize)
     return nSize > (INT_MAX - 2) / 2 ? INT_MAX : nSize * 2 + 2;
 }
 
+std::wstring Widen(std::string_view s, UINT nCodePage)
+{
+    if (s.empty())
+        return std::wstring();
+    if (s.length() > static_cast<size_t>(INT_MAX))
+        throw COvStdException("szSrc.length() > static_cast<unsigned>(INT_MAX)");
+
+    const int nLength = static_cast<int>(s.length());
+    const int nSize = ::MultiByteToWideChar(nCodePage, 0, s.data(), nLength, nullptr, 0);
+    if (nSize < 0)
+        throw COvStdException("iBufferSize < 0");
+    if (nSize == 0)
+        throw COvStdException("MultiByteToWideChar");
+
+    std::wstring result(static_cast<size_t>(nSize), L'\0');
+    if (::MultiByteToWideChar(nCodePage, 0, s.data(), nLength, result.data(), nSize) <= 0)
+        throw COvStdException("iBufferSize <= 0");
+    return result;
+}
+
 template <class Char>
 std::basic_string<Char> FindReplaceT(const Char* szFind, const Char* szReplace, const Char* szSource, LONG* pnCount)
 {
@@ -121,32 +141,17 @@ std::string COvStringUtil::WideToNarrow(const wchar_t* s)
 
 std::wstring COvStringUtil::NarrowToWide(const std::string& s)
 {
-    return NarrowToWide(s, CP_ACP);
+    return Widen(s, CP_ACP);
 }
 
 std::wstring COvStringUtil::NarrowToWide(const char* s)
 {
-    return s == nullptr ? std::wstring() : NarrowToWide(std::string(s));
+    return s == nullptr ? std::wstring() : Widen(s, CP_ACP);
 }
 
 std::wstring COvStringUtil::NarrowToWide(const std::string& s, UINT nCodePage)
 {
-    if (s.empty())
-        return std::wstring();
-    if (s.length() > static_cast<size_t>(INT_MAX))
-        throw COvStdException("szSrc.length() > static_cast<unsigned>(INT_MAX)");
-
-    const int nLength = static_cast<int>(s.length());
-    const int nSize = ::MultiByteToWideChar(nCodePage, 0, s.c_str(), nLength, nullptr, 0);
-    if (nSize < 0)
-        throw COvStdException("iBufferSize < 0");
-    if (nSize == 0)
-        throw COvStdException("MultiByteToWideChar");
-
-    std::wstring result(static_cast<size_t>(nSize), L'\0');
-    if (::MultiByteToWideChar(nCodePage, 0, s.c_str(), nLength, result.data(), nSize) <= 0)
-        throw COvStdException("iBufferSize <= 0");
-    return result;
+    return Widen(s, nCodePage);
 }
 
 std::wstring COvStringUtil::FindReplace(const wchar_t* szFind, const wchar_t* szReplace, const wchar_t* szSource,
@@ -156,13 +161,13 @@ std::wstring COvStringUtil::FindReplace(const wchar_t* szFind, const wchar_t* sz
     return FindReplaceT(szFind, szReplace, szSource, pnCount);
 }
 
-bool COvStringUtil::IsNumeric(const std::wstring& s, bool bLeadingOnly)
+bool COvStringUtil::IsNumeric(std::wstring_view s, bool bLeadingOnly)
 {
     const COvStackTraceScope scope(L"COvStringUtil::IsNumeric", s_szSource, __LINE__, COvStackTrace::Get());
     if (s.empty())
         return false;
 
-    const bool bHex = s[0] == L'0' && (s[1] == L'x' || s[1] == L'X'); // s[1] of a single digit is the NUL
+    const bool bHex = s.size() > 1 && s[0] == L'0' && (s[1] == L'x' || s[1] == L'X');
     const auto first = s.begin() + (bHex ? 2 : 0);
     const auto end = std::find_if_not(first, s.end(), bHex ? IsAsciiHexDigit : IsAsciiDigit);
     return end == s.end() || (bLeadingOnly && end != first);

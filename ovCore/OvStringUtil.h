@@ -5,6 +5,7 @@
 #include "OvPlatform.h"
 
 #include <string>
+#include <string_view>
 
 /// Static operations without state; any thread. Wide texts are UTF-16 units, narrow texts are in the system's ANSI code
 /// page unless a code page is named. A failed allocation is let out as std::bad_alloc.
@@ -36,7 +37,7 @@ public:
     /// Whether the text consists of decimal digits, or of "0x" ("0X") and hexadecimal digits; "0x" alone is numeric.
     /// No sign, blank or point is accepted; an empty text is not numeric.
     /// @param bLeadingOnly  one digit at the front is enough.
-    static bool IsNumeric(const std::wstring& s, bool bLeadingOnly);
+    static bool IsNumeric(std::wstring_view s, bool bLeadingOnly);
 
     /// A copy of the value changed to the type vtNew; a plain copy when it has that type already.
     /// @param nFlags  VARIANT_* flags of the platform's call.

@@ -11,11 +11,11 @@ namespace
 const wchar_t s_szSource[] = L"ovCore\\OvVersion";
 
 /// The low 16 bits of the decimal number at the front.
-USHORT ReadPart(const std::wstring& strPart)
+USHORT ReadPart(std::wstring_view part)
 {
     uint32_t nValue = 0; // may wrap around: only the low bits count
-    for (size_t i = 0; i < strPart.size() && strPart[i] >= L'0' && strPart[i] <= L'9'; ++i)
-        nValue = nValue * 10 + static_cast<uint32_t>(strPart[i] - L'0');
+    for (size_t i = 0; i < part.size() && part[i] >= L'0' && part[i] <= L'9'; ++i)
+        nValue = nValue * 10 + static_cast<uint32_t>(part[i] - L'0');
     return static_cast<USHORT>(nValue & 0xFFFF);
 }
 
@@ -61,24 +61,29 @@ bool COvVersion::SetVersion(DWORD dwFileVersionMS, DWORD dwFileVersionLS)
 bool COvVersion::SetVersion(const wchar_t* szText)
 {
     COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
-    return SetVersion(std::wstring(szText != nullptr ? szText : L""));
+    return ReadParts(szText != nullptr ? szText : L"");
 }
 
 bool COvVersion::SetVersion(std::wstring strText)
 {
     COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    return ReadParts(strText);
+}
+
+bool COvVersion::ReadParts(std::wstring_view text)
+{
     SetVersion(0, 0, 0, 0);
     m_nCount = 0;
-    std::wstring strPart;
-    for (size_t nBegin = 0; nBegin < strText.size() && m_nCount < MAX_PARTS; nBegin += strPart.size() + 1)
+    std::wstring_view part;
+    for (size_t nBegin = 0; nBegin < text.size() && m_nCount < MAX_PARTS; nBegin += part.size() + 1)
     {
         size_t nEnd = nBegin;
-        while (nEnd < strText.size() && strText[nEnd] != L'.' && strText[nEnd] != L',')
+        while (nEnd < text.size() && text[nEnd] != L'.' && text[nEnd] != L',')
             ++nEnd;
-        strPart.assign(strText, nBegin, nEnd - nBegin);
-        if (!COvStringUtil::IsNumeric(strPart, true))
+        part = text.substr(nBegin, nEnd - nBegin);
+        if (!COvStringUtil::IsNumeric(part, true))
             break;
-        m_nParts[m_nCount++] = ReadPart(strPart);
+        m_nParts[m_nCount++] = ReadPart(part);
     }
     return m_nCount > 0;
 }

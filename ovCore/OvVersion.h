@@ -5,6 +5,7 @@
 #include "OvPlatform.h"
 
 #include <string>
+#include <string_view>
 
 /// A version number "major.minor.build.revision" of which the first 0 to 4 parts are significant. A plain value.
 class COvVersion : public COvObject
@@ -47,6 +48,8 @@ public:
 
 private:
     static constexpr LONG MAX_PARTS = 4;
+
+    bool ReadParts(std::wstring_view text);
 
     LONG m_nCount = MAX_PARTS; // significant parts
     USHORT m_nParts[MAX_PARTS] = {};
