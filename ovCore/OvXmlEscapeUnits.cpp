@@ -89,7 +89,7 @@ inline wchar_t* EscapeAsciiBlock(const wchar_t* p, wchar_t* pOut, const CPieces&
 {
     const wchar_t* const pStop = p + UNITS_IN_BLOCK;
 #if OV_BLOCKS_WITH_SSE2
-    if (&pieces == &PIECES_WITH_QUOTES)
+    if (&pieces == &PIECES_WITH_QUOTES && HasSse2())
     {
         uint32_t nSpecial = 0;
         if (BlockLengthSse2(p, &nSpecial) == 0)

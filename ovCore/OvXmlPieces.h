@@ -1,21 +1,13 @@
 // What escaping makes of each unit of ASCII, and of sixteen units at a time.
 #pragma once
 
+#include "OvXmlBlocksSse2.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
-#if defined(__SSE2__) && __SIZEOF_WCHAR_T__ == 4
-#define OV_BLOCKS_WITH_SSE2 1
-#include <emmintrin.h>
-#else
-#define OV_BLOCKS_WITH_SSE2 0
-#endif
-
-inline constexpr uint32_t ASCII_UNITS = 0x80;
-inline constexpr ptrdiff_t UNITS_IN_BLOCK = 16;
-inline constexpr size_t REFERENCE_LENGTH = 8; // of "&#xHHHH;"
-inline constexpr size_t PAIR_LENGTH = 10;     // of "&#xHHHHHH;"
+inline constexpr size_t PAIR_LENGTH = 10; // of "&#xHHHHHH;"
 
 template <unsigned nDigits>
 constexpr void WriteDigits(wchar_t* p, uint32_t nCode)
@@ -100,47 +92,10 @@ inline size_t BlockLengthPortably(const wchar_t* p, const CPieces& pieces)
     return nAll < ASCII_UNITS ? nLength : 0;
 }
 
-#if OV_BLOCKS_WITH_SSE2
-
-/// The same for PIECES_WITH_QUOTES, with the vector instructions that every processor of the target has.
-/// @param pSpecial  receives a bit for each unit that becomes longer, when all are ASCII.
-inline size_t BlockLengthSse2(const wchar_t* p, uint32_t* pSpecial)
-{
-    const auto load = [p](int i) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p) + i); };
-    const __m128i a = load(0), b = load(1), c = load(2), d = load(3);
-    // as bytes: what is beyond ASCII becomes 0, 0x80 or more, and so less than a blank, as control characters are
-    const __m128i units = _mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d));
-    const auto where = [](__m128i bytes, char nUnit) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(nUnit)); };
-    const auto without = [units](char bits) { return _mm_andnot_si128(_mm_set1_epi8(bits), units); };
-    const __m128i references = _mm_or_si128(_mm_cmplt_epi8(units, _mm_set1_epi8(0x20)), where(units, 0x7F));
-    const __m128i angles = where(without('<' ^ '>'), '<' & '>');
-    const __m128i apostrophes = where(units, '\'');
-    const __m128i quotes = where(without('"' ^ '&'), '"' & '&'); // and ampersands
-    const __m128i special = _mm_or_si128(_mm_or_si128(references, angles), _mm_or_si128(apostrophes, quotes));
-    *pSpecial = static_cast<uint32_t>(_mm_movemask_epi8(special));
-    if (*pSpecial == 0)
-        return UNITS_IN_BLOCK;
-
-    const __m128i all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
-    const __m128i beyond = _mm_andnot_si128(_mm_set1_epi32(ASCII_UNITS - 1), all);
-    if (_mm_movemask_epi8(_mm_cmpeq_epi32(beyond, _mm_setzero_si128())) != 0xFFFF)
-        return 0;
-    const auto add = [](__m128i sum, __m128i places, char n) {
-        return _mm_add_epi8(sum, _mm_and_si128(places, _mm_set1_epi8(n)));
-    };
-    __m128i lengths = add(_mm_set1_epi8(1), references, REFERENCE_LENGTH - 1);
-    lengths = add(add(lengths, angles, 4 - 1), _mm_or_si128(apostrophes, quotes), 6 - 1);
-    lengths = _mm_add_epi8(lengths, where(units, '&')); // 5: one less, which is what the mask adds
-    const __m128i halves = _mm_sad_epu8(lengths, _mm_setzero_si128());
-    return static_cast<size_t>(_mm_cvtsi128_si32(halves) + _mm_extract_epi16(halves, 4));
-}
-
-#endif
-
 inline size_t BlockLength(const wchar_t* p, const CPieces& pieces)
 {
 #if OV_BLOCKS_WITH_SSE2
-    if (&pieces == &PIECES_WITH_QUOTES)
+    if (&pieces == &PIECES_WITH_QUOTES && HasSse2())
     {
         uint32_t nSpecial;
         return BlockLengthSse2(p, &nSpecial);
