@@ -47,8 +47,13 @@ void CBoundary::Tell(CJson event)
 {
     CJson whole = { { "thread", ::GetCurrentThreadId() == m_dwHostThread ? "host" : "monitor" } };
     whole.update(event);
+    Record(whole);
+}
+
+void CBoundary::Record(const CJson& event)
+{
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_listener(whole);
+    m_listener(event);
 }
 
 void CBoundary::Call(const std::string& name, const std::string& argument)
@@ -112,6 +117,7 @@ CJson CBoundary::MakeOnAdapter(const std::string& name, const std::string& argum
 
 void CBoundary::AwaitMonitor()
 {
+    Record({ { "wait", "monitor" } });
     m_sink.AwaitMonitor(s_dwMonitorMs);
 }
 

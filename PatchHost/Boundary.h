@@ -32,13 +32,14 @@ public:
     /// @throw CCommandError (failed) for a call that is not known, or not possible at this point.
     void Call(const std::string& name, const std::string& argument);
 
-    /// Waits until the monitor has told of the service for the first time.
+    /// Waits until the monitor has told of the service for the first time. That it does so is an event, too.
     void AwaitMonitor();
 
 private:
     CJson Make(const std::string& name, const std::string& argument);
     CJson MakeOnAdapter(const std::string& name, const std::string& argument);
     void Tell(CJson event);
+    void Record(const CJson& event);
 
     void OnStateChange(int32_t value, const char* status) override;
     void OnStatus(const char* status) override;

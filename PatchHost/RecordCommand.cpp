@@ -23,15 +23,12 @@ CJson Header(const COptions& options, const std::string& script)
              { "codePage", ::GetACP() } };
 }
 
-void RecordSession(CBoundary& boundary, const COptions& options, const std::function<void(const CJson&)>& write)
+void RecordSession(CBoundary& boundary, const COptions& options)
 {
     for (const char* const szCall : { "GetAdapterVersion", "GetAdapterFactory1_0", "Initialise" })
         boundary.Call(szCall, "");
     if (SeenEvent() == AgentEvent::Signalled) // the monitor tells of it, and in a replay it must not come in between
-    {
-        write({ { "wait", "monitor" } });
         boundary.AwaitMonitor();
-    }
     for (const char* const szCall : { "RegisterStateObserver", "GetConfiguration" })
         boundary.Call(szCall, "");
     for (const std::string& file : options.files)
@@ -66,7 +63,7 @@ int RecordCommand(const COptions& options)
     const CPatchService service(own.service, script);
     write(Header(own, script));
     CBoundary boundary(own, write);
-    RecordSession(boundary, own, write);
+    RecordSession(boundary, own);
     if (!stream)
         throw CCommandError(ExitFailed, "cannot write " + target);
     return DoneUnlessInterrupted();
