@@ -22,8 +22,10 @@ inline bool HasSse2()
 #endif
 }
 
+#ifndef __SSE2__
 #pragma GCC push_options
 #pragma GCC target("sse2")
+#endif
 
 /// A place in a block is a byte, of all ones where something holds.
 struct COvBytes
@@ -95,7 +97,9 @@ BlockLengthSse2(const wchar_t* p, uint32_t* pSpecial)
     return lengths.Sum();
 }
 
+#ifndef __SSE2__
 #pragma GCC pop_options
+#endif
 
 #else
 #define OV_BLOCKS_WITH_SSE2 0
