@@ -1,7 +1,7 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads coverage seeded fuzz reliability bench install package doc format check-format \
-        clean
+.PHONY: help run test windows test-windows sanitize threads coverage seeded fuzz reliability bench install package doc \
+        format check-format clean
 
 JOBS ?= $(shell nproc)
 CORE ?= 0
@@ -13,6 +13,11 @@ RUNS ?= 100000
 # $(call build,PRESET[,TARGET]): configures a preset and builds it, or the one target.
 build = cmake --preset $(1) >build/$(1).configure.log || { cat build/$(1).configure.log; exit 1; }; \
         cmake --build --preset $(1) --parallel $(JOBS) $(if $(2),--target $(2))
+
+# $(call measure,PRESET,PROGRAM): runs the benchmarks on one core, in random order.
+measure = taskset -c $(CORE) $(2) --benchmark_enable_random_interleaving=true \
+        --benchmark_repetitions=$(REPETITIONS) --benchmark_min_time=0.05 --benchmark_filter='$(ROWS)' \
+        --benchmark_out=build/$(1)/results.json --benchmark_out_format=json >build/$(1)/results.log
 
 help:  ## what can be made
 	@sed -n 's/^\([a-z-]*\):.*## /\1|/p' Makefile | awk -F'|' '{ printf "make %-14s %s\n", $$1, $$2 }'
@@ -65,16 +70,12 @@ reliability: setup-native  ## the long form of the reliability tests
 	@$(call build,native)
 	@OV_LONG=1 ctest --preset native --timeout 3600 -R '^(EveryPlatformCall|EveryAllocation|KilledAt|OperationsRace|OvFault|HostileArguments|ThreatTable|Soak)'
 
-bench: setup-bench setup-bench-windows  ## the library beside its peers; renews the tables of docs/performance.md (an hour, one core)
+bench: setup-bench setup-bench-windows  ## the library beside its peers; renews the tables of docs/performance.md (an hour)
 	@$(call build,bench,bench)
-	@OVPLATFORM_REGISTRY=:memory: taskset -c $(CORE) build/bench/bin/bench --benchmark_enable_random_interleaving=true \
-	    --benchmark_repetitions=$(REPETITIONS) --benchmark_min_time=0.05 --benchmark_filter='$(ROWS)' \
-	    --benchmark_out=build/bench/results.json --benchmark_out_format=json >build/bench/results.log
+	@OVPLATFORM_REGISTRY=:memory: $(call measure,bench,build/bench/bin/bench)
 	@bench/table build/bench/results.json docs/performance.md
 	@$(call build,bench-windows,bench)
-	@taskset -c $(CORE) tools/wine build/bench-windows/bin/bench.exe --benchmark_enable_random_interleaving=true \
-	    --benchmark_repetitions=$(REPETITIONS) --benchmark_min_time=0.05 --benchmark_filter='$(ROWS)' \
-	    --benchmark_out=build/bench-windows/results.json --benchmark_out_format=json >build/bench-windows/results.log
+	@$(call measure,bench-windows,tools/wine build/bench-windows/bin/bench.exe)
 	@[ ! -s build/bench-windows/results.json ] || \
 	    bench/table build/bench-windows/results.json docs/performance.md windows
 	@echo "bench: the tables are in docs/performance.md"
