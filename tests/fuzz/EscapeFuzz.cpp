@@ -2,48 +2,26 @@
 #include "Fuzz.h"
 #include "ovCore/OvXmlEscape.h"
 #include "PlainEscape.h"
+#include "Platform/Utf8.h"
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace
 {
 
-/// The characters of a text that XML can carry; false when there is another one.
-bool ToCharacters(const std::wstring& strText, std::u32string& characters)
+/// Whether XML can carry the unit, other than half of a pair.
+bool IsOfXml(wchar_t c)
 {
-    for (size_t i = 0; i < strText.size(); ++i)
-    {
-        auto c = static_cast<char32_t>(strText[i]);
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < strText.size() && strText[i + 1] >= 0xDC00 &&
-            strText[i + 1] <= 0xDFFF)
-            c = (c - 0xD800) * 0x400 + (static_cast<char32_t>(strText[++i]) - 0xDC00) + 0x10000;
-        else if ((c >= 0xD800 && c <= 0xDFFF) || c > 0xFFFD)
-            return false;
-        if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
-            return false;
-        characters += c;
-    }
-    return true;
-}
-
-std::u32string FromUtf8(const xmlChar* pText)
-{
-    std::u32string characters;
-    for (int nLength = 0; pText != nullptr && *pText != 0; pText += nLength)
-    {
-        nLength = 4;
-        characters += static_cast<char32_t>(xmlGetUTF8Char(pText, &nLength));
-        Demand(nLength > 0, "the parser gives UTF-8");
-    }
-    return characters;
+    return c >= 0x20 ? c <= 0xFFFD : c == L'\t' || c == L'\n' || c == L'\r';
 }
 
 using CXmlText = std::unique_ptr<xmlChar, void (*)(void*)>;
 
-void DemandReadBack(const std::u32string& characters, const std::wstring& strEscaped)
+void DemandReadBack(const std::string& utf8, const std::wstring& strEscaped)
 {
     const std::string escaped(strEscaped.begin(), strEscaped.end());
     const std::string document = "<a b=\"" + escaped + "\">" + escaped + "</a>";
@@ -54,8 +32,9 @@ void DemandReadBack(const std::u32string& characters, const std::wstring& strEsc
     xmlNode* const pRoot = xmlDocGetRootElement(pDocument.get());
     const CXmlText pValue(xmlGetProp(pRoot, reinterpret_cast<const xmlChar*>("b")), xmlFree);
     const CXmlText pContent(xmlNodeGetContent(pRoot), xmlFree);
-    Demand(FromUtf8(pValue.get()) == characters, "an attribute's value reads back");
-    Demand(FromUtf8(pContent.get()) == characters, "an element's content reads back");
+    const auto* const pUtf8 = reinterpret_cast<const xmlChar*>(utf8.c_str());
+    Demand(xmlStrEqual(pValue.get(), pUtf8) != 0, "an attribute's value reads back");
+    Demand(xmlStrEqual(pContent.get(), pUtf8) != 0, "an element's content reads back");
 }
 
 } // namespace
@@ -70,8 +49,9 @@ int LLVMFuzzerTestOneInput(const uint8_t* pData, size_t nSize)
     EscapeXML(strText.data(), strText.size(), strContent.data(), strContent.size(), 0);
     Demand(strContent == PlainEscape(strText, false), "quotes stay outside of attributes");
 
-    std::u32string characters;
-    if (ToCharacters(strText, characters))
-        DemandReadBack(characters, strEscaped);
+    std::string utf8;
+    const bool bPaired = OvPlatform::EncodeUtf8(strText, [&](char c) { utf8 += c; });
+    if (bPaired && std::all_of(strText.begin(), strText.end(), IsOfXml))
+        DemandReadBack(utf8, strEscaped);
     return 0;
 }
