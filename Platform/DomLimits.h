@@ -22,20 +22,7 @@ class CAttributeMeter
 {
 public:
     /// @return false when this unit belongs to one attribute too many.
-    bool Take(wchar_t unit)
-    {
-        switch (m_state) // most units change nothing
-        {
-        case State::Content:
-            return unit != L'<' || TakeInMarkup(unit);
-        case State::Tag:
-            return unit > L'>' || TakeInMarkup(unit);
-        case State::Quoted:
-            return unit != m_quote || TakeInMarkup(unit);
-        default:
-            return TakeInMarkup(unit);
-        }
-    }
+    bool Take(wchar_t unit) { return (m_state == State::Content && unit != L'<') || TakeInMarkup(unit); }
 
     /// Copies the units at the front of a text that are ASCII and change nothing, which Take then need not see.
     /// @return how many.
