@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 
 namespace
@@ -107,7 +108,7 @@ protected:
     CAgentSimulator m_agent;
     const CLoadedLibrary m_library;
     const CFastPauses m_pauses{ m_library.GetModule() };
-    const void* m_pThrower = nullptr; // of the log and the listeners, the one that throws when it is called
+    std::atomic<const void*> m_pThrower{ nullptr }; // of the log and the listeners, the one that throws when called
     CRecordingSink m_sink{ [&] {
         if (m_pThrower == &m_sink)
             ThrowAsHost();

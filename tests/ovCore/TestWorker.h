@@ -4,6 +4,7 @@
 #include "ovCore/OvThread.h"
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -56,11 +57,15 @@ public:
 private:
     void Called(const char* szWhat)
     {
-        m_strCalls += std::string(szWhat) + " ";
-        m_dwCalledOn = ::GetCurrentThreadId();
+        {
+            const std::lock_guard<std::mutex> guard(m_mutex); // a worker that was started twice has two threads
+            m_strCalls += std::string(szWhat) + " ";
+            m_dwCalledOn = ::GetCurrentThreadId();
+        }
         if (m_strFailAt == szWhat)
             m_fail();
     }
 
     Work m_work;
+    std::mutex m_mutex;
 };
