@@ -63,10 +63,21 @@ void CDatabase::Execute(const std::string& sql)
 }
 
 CStatement::CStatement(CDatabase& database, const std::string& sql)
+    : m_home(database.m_compiled[sql]), m_p(std::move(m_home))
 {
+    if (m_p)
+        return;
     sqlite3_stmt* p = nullptr;
-    Check(sqlite3_prepare_v2(database.Get(), sql.c_str(), static_cast<int>(sql.size()), &p, nullptr));
+    Check(sqlite3_prepare_v3(database.Get(), sql.c_str(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &p,
+                             nullptr));
     m_p.reset(p);
+}
+
+CStatement::~CStatement()
+{
+    sqlite3_reset(m_p.get()); // its failure has been told
+    sqlite3_clear_bindings(m_p.get());
+    m_home = std::move(m_p);
 }
 
 CStatement& CStatement::Bind(int64_t nValue)
@@ -107,7 +118,7 @@ std::vector<BYTE> CStatement::Blob(int nColumn) const
 
 CTransaction::CTransaction(CDatabase& database) : m_database(database)
 {
-    m_database.Execute("BEGIN IMMEDIATE");
+    CStatement(m_database, "BEGIN IMMEDIATE").Step();
 }
 
 CTransaction::~CTransaction()
@@ -118,7 +129,7 @@ CTransaction::~CTransaction()
 
 void CTransaction::Commit()
 {
-    m_database.Execute("COMMIT");
+    CStatement(m_database, "COMMIT").Step();
     m_bOpen = false;
 }
 

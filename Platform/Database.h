@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace OvPlatform
@@ -29,6 +30,8 @@ struct CStatementCloser
     void operator()(sqlite3_stmt* p) const noexcept { sqlite3_finalize(p); }
 };
 
+using CStatementOwner = std::unique_ptr<sqlite3_stmt, CStatementCloser>;
+
 class CDatabase
 {
 public:
@@ -46,15 +49,21 @@ public:
     int64_t LastInsertedId() const { return sqlite3_last_insert_rowid(m_p.get()); }
 
 private:
+    friend class CStatement;
+
     std::unique_ptr<sqlite3, CDatabaseCloser> m_p;
+    std::unordered_map<std::string, CStatementOwner> m_compiled; // by their text; null while in use
 };
 
 /// One statement with its parameters, numbered from 1 in the order in which they are bound. What is bound is not
-/// copied.
+/// copied. The database keeps what it compiled for the next statement of the same text.
 class CStatement
 {
 public:
     CStatement(CDatabase& database, const std::string& sql);
+    ~CStatement();
+    CStatement(const CStatement&) = delete;
+    CStatement& operator=(const CStatement&) = delete;
 
     CStatement& Bind(int64_t nValue);
     CStatement& Bind(const std::string& text); ///< UTF-8
@@ -67,7 +76,8 @@ public:
     std::vector<BYTE> Blob(int nColumn) const;
 
 private:
-    std::unique_ptr<sqlite3_stmt, CStatementCloser> m_p;
+    CStatementOwner& m_home;
+    CStatementOwner m_p;
     int m_nBound = 0;
 };
 

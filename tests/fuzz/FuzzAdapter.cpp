@@ -10,15 +10,13 @@ CFuzzAdapter::CFuzzAdapter()
     m_nStrings = OvPlatform::LiveBstrs();
 }
 
-unsigned CFuzzAdapter::Errors() const
+void CFuzzAdapter::Reset()
 {
-    unsigned nErrors = 0;
-    for (const CTold& told : m_sink.All())
-    {
-        Demand(told.what != "unexpected format", "every line comes as a text");
-        nErrors += told.what == "0" ? 1 : 0;
-    }
-    return nErrors;
+    m_sink.Clear();
+    m_agent.ClearRecords();
+    m_agent.ClearFaults();
+    if (StoredRevision() != OLD_REVISION) // a look costs less than to write it again
+        StoreRevision(OLD_REVISION);
 }
 
 void CFuzzAdapter::DemandNothingLeft() const

@@ -9,7 +9,7 @@
 /// What one policy document led to.
 struct CPolicyOutcome
 {
-    unsigned nErrors;                    ///< trace lines of kind 0
+    size_t nErrors;                      ///< trace lines of kind 0
     std::vector<std::wstring> settings;  ///< what the service received
     std::optional<std::wstring> wzRevId; ///< what is recorded then
 };
@@ -27,23 +27,14 @@ public:
     }
 
     /// Forgets what was recorded before: the trace, the service's calls, the revision.
-    void Reset()
-    {
-        m_sink.Clear();
-        m_agent.ClearRecords();
-        m_agent.ClearFaults();
-        StoreRevision(OLD_REVISION);
-    }
+    void Reset();
 
     CPolicyOutcome Configure(const char* szPolicy)
     {
         Reset();
         Adapter().SetConfiguration(szPolicy);
-        return { Errors(), m_agent.GetReceivedSettings(), StoredRevision() };
+        return { m_sink.CountOf("0"), m_agent.GetReceivedSettings(), StoredRevision() };
     }
-
-    /// How many lines of kind 0 there are; ends the run when a text came as a format.
-    unsigned Errors() const;
 
     /// Ends the run unless the COM objects and strings are those at the start. Handles are not counted: the monitor
     /// opens and closes one all the time.

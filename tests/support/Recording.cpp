@@ -30,6 +30,13 @@ std::vector<CTold> CHostRecord::All() const
     return m_entries;
 }
 
+size_t CHostRecord::CountOf(const std::string& what) const
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return static_cast<size_t>(
+        std::count_if(m_entries.begin(), m_entries.end(), [&](const CTold& told) { return told.what == what; }));
+}
+
 std::string CHostRecord::Last() const
 {
     const std::vector<CTold> all = All();

@@ -31,6 +31,7 @@ public:
     void Clear();
     std::vector<CTold> All() const;
     size_t Count() const { return All().size(); }
+    size_t CountOf(const std::string& what) const;
     std::string Last() const;                        ///< the last text; "<none>" when there is none
     bool WaitForText(const std::string& part) const; ///< at most half a minute
 
