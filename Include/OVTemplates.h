@@ -4,6 +4,7 @@
 #include "ovCore/OvComPtr.h"
 #include "ovCore/OvException.h"
 #include "ovCore/OvStackTrace.h"
+#include "ovCore/OvWipe.h"
 #include "OvPlatform.h"
 
 #include <cstdint>
@@ -52,7 +53,7 @@ public:
         if (!m_bAllocated)
             return;
         if (m_bWipe)
-            ::SecureZeroMemory(m_pData, m_dwCapacity);
+            OvWipe(m_pData, m_dwCapacity);
         delete[] m_pData;
         m_bAllocated = false;
         m_dwSize = m_dwCapacity = 0;

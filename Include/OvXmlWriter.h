@@ -3,16 +3,14 @@
 
 #include "ovCore/OvEvidence.h"
 #include "ovCore/OvStackTrace.h"
+#include "ovCore/OvXmlWriterNode.h"
 #include "OvPlatform.h"
 
 #include <locale>
-#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <type_traits>
-
-class COvXmlWriterTree;
-struct COvXmlWriterNode;
 
 /// Records XML nodes and renders them. Texts are UTF-16. Names and prefixes are written as they are passed: nothing is
 /// validated and nothing indented. `bEscape` says whether a value is escaped to printable ASCII when it is rendered or
@@ -120,6 +118,6 @@ private:
 
     static constexpr const wchar_t* s_szSource = L"ovCore\\OvXmlWriter";
 
-    std::unique_ptr<COvXmlWriterTree> m_pRoot; // the document with all nodes; null before the first one
-    COvXmlWriterNode* m_pCurrent = nullptr;    // weak: the open node, the document or an element; null when none is
+    std::optional<COvXmlWriterTree> m_tree; // the document with all nodes; none before the first one
+    COvXmlWriterNode* m_pCurrent = nullptr; // weak: the open node, the document or an element; null when none is
 };

@@ -55,9 +55,3 @@ BOOL HeapFree(HANDLE hHeap, DWORD, LPVOID pBlock)
     std::free(pBlock);
     return TRUE;
 }
-
-PVOID SecureZeroMemory(PVOID p, SIZE_T nBytes)
-{
-    explicit_bzero(p, nBytes);
-    return p;
-}

@@ -26,7 +26,4 @@ extern "C"
 
     /// A null block is accepted.
     OVPLATFORM_API BOOL WINAPI HeapFree(HANDLE hHeap, DWORD dwFlags, LPVOID pBlock);
-
-    /// Wipes the bytes even where nothing reads them again. @return p.
-    OVPLATFORM_API PVOID WINAPI SecureZeroMemory(PVOID p, SIZE_T nBytes);
 }

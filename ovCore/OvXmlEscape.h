@@ -19,6 +19,9 @@ inline constexpr DWORD ESCAPE_ATTRIBUTE = 1;
 /// Raises the COM error E_FAIL for a null pIn, std::bad_alloc when the length goes beyond the address space.
 size_t EscapeXML(const wchar_t* pIn, size_t nIn, wchar_t* pOut, size_t nOut, DWORD dwFlags);
 
+/// How many units at the start of a text are not changed by escaping with ESCAPE_ATTRIBUTE. Safe on any thread.
+size_t CleanUnits(const wchar_t* pIn, size_t nIn);
+
 /// Escaping with a buffer of its own, which is wiped before it is freed.
 class COvXmlEscape
 {

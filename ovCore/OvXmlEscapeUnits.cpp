@@ -174,3 +174,14 @@ size_t EscapeXML(const wchar_t* pIn, size_t nIn, wchar_t* pOut, size_t nOut, DWO
     CPlace place = EscapeBlocks({ pIn, pOut }, pEnd, pieces, pOut + nOut);
     return EscapePieces(place, pEnd, pieces, pOut + nOut) ? static_cast<size_t>(place.pOut - pOut) : 0;
 }
+
+size_t CleanUnits(const wchar_t* pIn, size_t nIn)
+{
+    const wchar_t* p = pIn;
+    const wchar_t* const pEnd = pIn + nIn;
+    while (pEnd - p >= UNITS_IN_BLOCK && BlockLength(p, PIECES_WITH_QUOTES) == UNITS_IN_BLOCK)
+        p += UNITS_IN_BLOCK;
+    while (p != pEnd && UnitAt(p) < ASCII_UNITS && PIECES_WITH_QUOTES.lengths[UnitAt(p)] == 1)
+        ++p;
+    return static_cast<size_t>(p - pIn);
+}

@@ -1,7 +1,6 @@
 #include "OvXmlWriter.h"
 
 #include "OvException.h"
-#include "OvXmlWriterNode.h"
 
 namespace
 {
@@ -44,8 +43,7 @@ COvXmlWriter::~COvXmlWriter() = default;
 void COvXmlWriter::WriteStartDocument()
 {
     COvStackTraceScope scope(L"COvXmlWriter::WriteStartDocument", s_szSource, __LINE__, COvStackTrace::Get());
-    m_pRoot = std::make_unique<COvXmlWriterTree>();
-    m_pCurrent = m_pRoot->Document();
+    m_pCurrent = m_tree.emplace().Document();
 }
 
 void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wchar_t* tzPiText)
@@ -60,7 +58,7 @@ void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wch
         Refuse(__LINE__,
                L"Cannot write processing instruction. These must be created at the document level before all elements.",
                COvEvidence(L"tzPiName", tzPiName) + COvEvidence(L"tzPiText", tzPiText));
-    m_pRoot->Append(m_pCurrent, typePI, tzPiName, tzPiText, false);
+    m_tree->Append(m_pCurrent, typePI, tzPiName, tzPiText, false);
 }
 
 void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* prefix)
@@ -73,7 +71,7 @@ void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* p
         Refuse(__LINE__,
                L"Cannot open an element. These must be created at the document level or beneath another element.",
                COvEvidence(L"tzElemName", tzElemName));
-    m_pCurrent = m_pRoot->Append(m_pCurrent, typeElemStart, tzElemName, prefix, false);
+    m_pCurrent = m_tree->Append(m_pCurrent, typeElemStart, tzElemName, prefix, false);
 }
 
 void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValue, bool bEscape)
@@ -84,7 +82,7 @@ void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValu
     if (!IsElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a namespace. Previous node was not an element.",
                COvEvidence(L"tzPrefix", tzPrefix) + COvEvidence(L"tzValue", tzValue));
-    m_pRoot->Append(m_pCurrent, typeNameSpace, tzPrefix, tzValue, bEscape);
+    m_tree->Append(m_pCurrent, typeNameSpace, tzPrefix, tzValue, bEscape);
 }
 
 void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrValue, bool bEscape)
@@ -95,7 +93,7 @@ void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrVa
     if (!IsElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add an attribute. Previous node was not an element.",
                COvEvidence(L"tzAttrName", tzAttrName) + COvEvidence(L"wzAttrValue", wzAttrValue));
-    m_pRoot->Append(m_pCurrent, typeAttr, tzAttrName, wzAttrValue, bEscape);
+    m_tree->Append(m_pCurrent, typeAttr, tzAttrName, wzAttrValue, bEscape);
 }
 
 void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
@@ -105,7 +103,7 @@ void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
     if (!IsDocumentOrElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a string. Previous node was not a document or element.",
                COvEvidence(L"wzText", wzText));
-    m_pRoot->Append(m_pCurrent, typeStr, wzText, nullptr, bEscape);
+    m_tree->Append(m_pCurrent, typeStr, wzText, nullptr, bEscape);
 }
 
 void COvXmlWriter::WriteCData(const wchar_t* tzText)
@@ -115,7 +113,7 @@ void COvXmlWriter::WriteCData(const wchar_t* tzText)
     if (!IsDocumentOrElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a CData section. Previous node was not a document or element.",
                COvEvidence(L"tzText", tzText));
-    m_pRoot->Append(m_pCurrent, typeCData, tzText, nullptr, false);
+    m_tree->Append(m_pCurrent, typeCData, tzText, nullptr, false);
 }
 
 void COvXmlWriter::WriteEndElement()
@@ -131,7 +129,7 @@ void COvXmlWriter::WriteEndElement()
 std::wstring COvXmlWriter::ToStringW() const
 {
     COvStackTraceScope scope(L"COvXmlWriter::ToStringW", s_szSource, __LINE__, COvStackTrace::Get());
-    return m_pRoot != nullptr ? m_pRoot->Render() : std::wstring();
+    return m_tree ? m_tree->Render() : std::wstring();
 }
 
 std::wstring COvXmlWriter::ToString() const

@@ -85,6 +85,41 @@ inline wchar_t* PutIfClean(wchar_t* p, std::wstring_view text)
     return pEnd;
 }
 
+constexpr ptrdiff_t QUICK_UNITS = 96; // of an attribute; of a longer one the lengths are worth finding out first
+
+/// Copies units up to the text's zero. @return the end; null when another unit is not plain or would be at pLimit or
+/// behind.
+template <class Plain>
+inline wchar_t* PutWhilePlain(wchar_t* p, const wchar_t* pLimit, const wchar_t* sz, Plain&& isPlain)
+{
+    for (; isPlain(static_cast<uint32_t>(*sz)); ++sz)
+    {
+        if (p >= pLimit)
+            return nullptr;
+        *p++ = *sz;
+    }
+    return *sz == 0 ? p : nullptr;
+}
+
+/// An attribute that is short and has nothing to escape, as most are: its strings are read only once.
+/// @param p  has room for QUICK_UNITS. @return the end; null when it is none of these.
+inline wchar_t* PutQuickly(wchar_t* p, const wchar_t* szName, const wchar_t* szValue)
+{
+    const wchar_t* const pLimit = p + QUICK_UNITS - 3; // which stand behind the name and the value
+    *p++ = L' ';
+    p = PutWhilePlain(p, pLimit, szName, [](uint32_t c) { return c != 0; });
+    if (p == nullptr)
+        return nullptr;
+    *p++ = L'=';
+    *p++ = L'"';
+    p = PutWhilePlain(p, pLimit, szValue,
+                      [](uint32_t c) { return c < ASCII_UNITS && PIECES_WITH_QUOTES.lengths[c] == 1; });
+    if (p == nullptr)
+        return nullptr;
+    *p++ = L'"';
+    return p;
+}
+
 /// A value, as it will be rendered.
 class CValue
 {
@@ -183,6 +218,12 @@ COvXmlWriterNode* COvXmlWriterTree::Append(COvXmlWriterNode* pParent, COvXmlWrit
     EndElementsIn(pParent);
     if (nType == typeElemStart)
         return AppendElement(pParent, sz0, sz1);
+    if (nType == typeAttr && bEscape && pParent->bInStartTag && RoomLeft() >= QUICK_UNITS)
+        if (wchar_t* const pEnd = PutQuickly(m_pEnd, sz0, sz1))
+        {
+            m_pEnd = pEnd;
+            return nullptr;
+        }
     const CPlainNode node(nType, sz0, sz1, bEscape);
     const bool bAttribute = StandsInStartTag(nType);
     if (bAttribute && !pParent->bInStartTag)
@@ -297,7 +338,7 @@ uint64_t COvXmlWriterTree::RenderedLength() const
 /// Room in one piece at the end of the text. It counts for nothing until m_pEnd is moved.
 wchar_t* COvXmlWriterTree::Room(uint64_t nUnits)
 {
-    if (nUnits > m_nBlockSize - static_cast<size_t>(m_pEnd - m_pBlock))
+    if (nUnits > static_cast<uint64_t>(RoomLeft()))
         AddBlock(nUnits);
     return m_pEnd;
 }

@@ -77,6 +77,7 @@ private:
     COvXmlWriterNode& SpareElement();
     void EndElementsIn(const COvXmlWriterNode* pParent);
     wchar_t* EndStartTag(wchar_t* p, COvXmlWriterNode& node) const;
+    ptrdiff_t RoomLeft() const { return static_cast<ptrdiff_t>(m_nBlockSize) - (m_pEnd - m_pBlock); }
     wchar_t* Room(uint64_t nUnits);
     void AddBlock(uint64_t nUnits);
     uint64_t RenderedLength() const;

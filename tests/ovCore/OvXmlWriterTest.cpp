@@ -1,6 +1,7 @@
 #include "OvXmlWriter.h"
 
 #include "FailingNew.h"
+#include "PlainEscape.h"
 #include "Raised.h"
 
 #include <gtest/gtest.h>
@@ -138,11 +139,26 @@ TEST(OvXmlWriter, DepthAndLengthCostNothingElse)
     EXPECT_TRUE(strStarts + strEnds == writer.ToStringW());
 }
 
+TEST(OvXmlWriter, AttributesOfEveryLengthGoToEveryPlace)
+{
+    COvXmlWriter writer(true);
+    writer.WriteStartElement(L"e");
+    std::wstring strExpected = L"<e";
+    for (size_t nLength = 0; nLength < 120; ++nLength)
+        for (const wchar_t* const szLast : { L"", L"<", L"\x80" })
+        {
+            const std::wstring strName(1 + nLength % 101, L'n');
+            const std::wstring strValue = std::wstring(nLength, L'v') + szLast;
+            writer.WriteAttr(strName, strValue, true);
+            strExpected += L" " + strName + L"=\"" + PlainEscape(strValue) + L"\"";
+        }
+    EXPECT_EQ(strExpected + L"></e>", writer.ToStringW());
+}
+
 TEST(OvXmlWriter, WithoutMemoryAnOperationThrowsAndTheDocumentStaysAsItWas)
 {
     const std::wstring strLong(5000, L'&'); // needs a block of its own
     const std::function<void(COvXmlWriter&)> operations[] = {
-        [](COvXmlWriter& w) { w.WriteStartDocument(); },
         [&](COvXmlWriter& w) { w.WriteStartElement(strLong.c_str(), strLong.c_str()); },
         [](COvXmlWriter& w) { w.WriteAttr(L"n", 123456789, true); }, // must not write what the stream could not hold
         [](COvXmlWriter& w) { w.ToStringW(); },

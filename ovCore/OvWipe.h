@@ -1,0 +1,8 @@
+// Memory that is given back with nothing left in it.
+#pragma once
+
+#include <cstddef>
+
+/// Overwrites nBytes with zeros, though nobody reads them any more. The platform's own call does so byte by byte, in the
+/// 32-bit headers of some compilers.
+void OvWipe(void* p, size_t nBytes) noexcept;
