@@ -1,6 +1,6 @@
 # The front door: each word sets up what it needs on a fresh Debian 12 machine and runs a CMake preset.
 .DEFAULT_GOAL := help
-.PHONY: help run test windows test-windows sanitize threads coverage seeded fuzz reliability bench install package doc \
+.PHONY: help run test windows test-windows sanitize threads helgrind coverage seeded fuzz reliability bench install package doc \
         format check-format clean
 
 JOBS ?= $(shell nproc)
@@ -9,6 +9,7 @@ REPETITIONS ?= 9
 PREFIX ?= /usr/local
 ROWS ?= .
 RUNS ?= 100000
+OPERATIONS ?= 100000
 
 # $(call build,PRESET[,TARGET]): configures a preset and builds it, or the one target.
 build = cmake --preset $(1) >build/$(1).configure.log || { cat build/$(1).configure.log; exit 1; }; \
@@ -47,6 +48,11 @@ sanitize: setup-native  ## the native suite under the address and undefined-beha
 threads: setup-native  ## the native suite under the thread sanitizer
 	@$(call build,threads)
 	@ctest --preset threads -E AThousandLoads # which counts threads, and the sanitizer has one
+
+helgrind: setup-helgrind  ## eight threads in the adapter, OPERATIONS calls, under Valgrind's lock checker (ten minutes)
+	@$(call build,native,OperationsRaceTest)
+	@OV_OPERATIONS='$(OPERATIONS)' OVPLATFORM_REGISTRY=:memory: valgrind --tool=helgrind --error-exitcode=1 --quiet \
+	    --history-level=approx --suppressions=tests/reliability/helgrind.supp build/native/bin/OperationsRaceTest
 
 coverage: setup-coverage  ## the lines and branches of ovCore/ and PatchAdapter/ that the native suite reaches
 	@$(call build,coverage)

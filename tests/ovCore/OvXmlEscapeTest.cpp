@@ -23,6 +23,8 @@ TEST(OvXmlEscape, EscapesWhatIsNotPlainAscii)
     for (const auto& [text, escaped] : rows)
         EXPECT_EQ(escaped, COvXmlEscape::Escape(text));
     EXPECT_EQ(8000u, COvXmlEscape::Escape(std::wstring(1000, L'\x00E9')).size());
+    const std::wstring strMild = L"<" + std::wstring(1000, L'x');
+    EXPECT_EQ(1004u + 16000u, COvXmlEscape::Escape(strMild + std::wstring(2000, L'\x00E9')).size());
 }
 
 TEST(OvXmlEscape, AgreesWithThePlainWayForAnyText)

@@ -1,4 +1,5 @@
-// Eight threads of a host in the adapter at once, while the service comes and goes.
+// Eight threads of a host in the adapter at once, while the service comes and goes. OV_OPERATIONS says how many calls
+// they make together; without it a few, or ten million in the long form.
 #include "FaultyRun.h"
 #include "MainJob.h"
 #include "ScratchRegistry.h"
@@ -6,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <random>
+#include <string>
 #include <thread>
 
 namespace
@@ -83,15 +86,16 @@ bool Operate(CMainJob& job, unsigned nSeed, unsigned nOperations)
     return !callbacks.WasWrong();
 }
 
-} // namespace
-
-namespace
+unsigned CountOfOperations()
 {
+    const char* const szCount = std::getenv("OV_OPERATIONS");
+    return szCount != nullptr ? static_cast<unsigned>(std::stoul(szCount)) : SampleStep() == 1 ? 10'000'000 : 40'000;
+}
 
 /// @param nEvery  every so many calls of the platform one fails; 0: none.
 void Race(unsigned nEvery)
 {
-    const unsigned nOperations = SampleStep() == 1 ? 10'000'000 : 40'000;
+    const unsigned nOperations = CountOfOperations();
     const CScratchRegistry registry;
     StoreRevision(OLD_REVISION);
     CMainJob job;
