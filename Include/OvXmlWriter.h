@@ -1,4 +1,4 @@
-// Writes XML without a DOM: a sequence of operations builds a tree, which is rendered as one text.
+// Writes XML without a DOM: a sequence of operations makes a document, which is rendered as one text.
 #pragma once
 
 #include "ovCore/OvEvidence.h"
@@ -13,11 +13,12 @@
 #include <type_traits>
 
 /// Records XML nodes and renders them. Texts are UTF-16. Names and prefixes are written as they are passed: nothing is
-/// validated and nothing indented. `bEscape` says whether a value is escaped to printable ASCII when it is rendered or
-/// copied as it is. Texts are copied; a required one that is null raises COvException E_INVALIDARG.
+/// validated and nothing indented. `bEscape` says whether a value is escaped to printable ASCII or written as it is.
+/// Texts are copied; a required one that is null raises COvException E_INVALIDARG.
 ///
-/// An operation that the open node does not allow raises COvException E_FAIL. After any failure the tree and the open
-/// node are what they were before. One thread at a time; separate writers are independent.
+/// An operation that the open node does not allow raises COvException E_FAIL. Without memory an operation with an
+/// escaped value raises what COvXmlEscape::Escape does, any other std::bad_alloc. After any failure the document and
+/// the open node are what they were before. One thread at a time; separate writers are independent.
 class COvXmlWriter
 {
 public:

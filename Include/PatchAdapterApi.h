@@ -138,7 +138,7 @@ public:
     virtual IAdapter* Initialise(void* value1, void* value2, ILogSink* sink, void* value4) = 0;
 
     /// Destroys the adapter that this factory made. Waits for the monitor thread: up to about ten seconds. Any other
-    /// pointer is reported to the log and changes nothing.
+    /// pointer changes nothing; it is reported to the log, unless the adapter is another factory's.
     virtual void Uninitialise(IAdapter* adapter) = 0;
 
 #if PATCHADAPTER_DESTRUCTOR_SLOT

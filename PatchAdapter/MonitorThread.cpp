@@ -14,7 +14,6 @@ const wchar_t s_szSource[] = L"PatchAdapter\\MonitorThread";
 
 constexpr DWORD s_dwPauseMs = 10000;       // between two looks at the event
 constexpr DWORD s_dwWatchIntervalMs = 500; // of no effect with a total of 0: one attempt
-constexpr LONG s_nStateChanged = 1;        // what observers are told
 
 } // namespace
 
@@ -111,7 +110,7 @@ void CMonitorThread::SetServicePresent(bool bPresent)
     if (m_bServicePresent == bPresent)
         return;
     m_bServicePresent = bPresent;
-    NotifyObservers(s_nStateChanged);
+    NotifyObservers(STATE_CHANGED);
 }
 
 void CMonitorThread::NotifyObservers(LONG nValue)

@@ -68,7 +68,7 @@ void CPatchAdapter::AddObserver(IStateObserver* pObserver)
     BuildStatusXml(wzStatus);
     m_Trace.Info(L"Notifying state observer");
     const std::string status = COvStringUtil::WideToNarrow(wzStatus);
-    OvCallHost([&] { pObserver->OnStateChange(1, status.c_str()); });
+    OvCallHost([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
 }
 
 void CPatchAdapter::DeRegisterStateObserver(IStateObserver* pObserver)

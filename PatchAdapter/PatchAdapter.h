@@ -23,6 +23,8 @@ enum PolicyKind : LONG
     PolicyKindConfig = 2 ///< a configuration: accepted, nothing is pushed
 };
 
+inline constexpr LONG STATE_CHANGED = 1; ///< the one value that observers are told
+
 /// See IAdapter for what the host may do. Made by PatchAdapterFactory alone.
 ///
 /// Locks: m_csObservers before m_csStatus, never the other way round. Observers are called with m_csObservers held.

@@ -1,8 +1,8 @@
 #include "PatchApi.h"
 
 #include "AdapterEvidence.h"
+#include "ovCore/OvErrorInfo.h"
 #include "ovCore/OvStackTrace.h"
-#include "ovCore/OvStringUtil.h"
 #include "ovCore/OvVersion.h"
 #include "OVTemplates.h"
 
@@ -18,23 +18,7 @@ COvEvidence ErrorCode(HRESULT hr) noexcept
 
 COvEvidence ErrorInfo() noexcept
 {
-    try
-    {
-        return COvEvidence(L"tzErrorInfo", CPatchApi::ObtainErrorInfo());
-    }
-    catch (...) // no memory for the text: the report goes on without it
-    {
-        return COvEvidence(L"tzErrorInfo", L"");
-    }
-}
-
-std::wstring DescriptionOf(IErrorInfo& errorInfo)
-{
-    COvBstr description;
-    const HRESULT hr = errorInfo.GetDescription(description.Receive());
-    if (FAILED(hr))
-        return L"Call to IErrorInfo::GetDescription failed with hr [" + COvStringUtil::LongToString(hr, 10) + L"].";
-    return L"IErrorInfo Desc: " + COvStringUtil::FromBSTR(description);
+    return COvEvidence(L"tzErrorInfo", CPatchApi::ObtainErrorInfo());
 }
 
 } // namespace
@@ -150,16 +134,17 @@ bool CPatchApi::ReadVersion(PatchApiStateId stateId, const wchar_t* szFailure, s
     return true;
 }
 
-std::wstring CPatchApi::ObtainErrorInfo()
+std::wstring CPatchApi::ObtainErrorInfo() noexcept
 {
     const COvStackTraceScope scope(L"CPatchApi::ObtainErrorInfo", s_szSource, __LINE__, COvStackTrace::Get());
-    COvComPtr<IErrorInfo> spErrorInfo;
-    const HRESULT hr = ::GetErrorInfo(0, spErrorInfo.Receive());
-    if (hr == S_FALSE)
-        return L"The IErrorInfo interface returned the message 'error information is unavailable'.";
-    if (FAILED(hr))
-        return L"A fatal error occurred while trying to retrieve IErrorInfo.";
-    return DescriptionOf(*spErrorInfo.Get());
+    try
+    {
+        return OvTakeErrorInfoText(L"IErrorInfo Desc: ");
+    }
+    catch (...) // no memory for the text: the report goes on without it
+    {
+        return {};
+    }
 }
 
 std::unique_ptr<COvEvent> OpenServiceEvent(DWORD dwTotalMs, DWORD dwIntervalMs)

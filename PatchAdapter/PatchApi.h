@@ -34,8 +34,8 @@ public:
                        std::wstring* pstrWuaRequiredVersion, bool* pbAssessmentEnabled,
                        bool* pbServerKeyStatus) noexcept;
 
-    /// A text about the calling thread's COM error object, which is taken from the thread. Lets std::bad_alloc out.
-    static std::wstring ObtainErrorInfo();
+    /// A text about the calling thread's COM error object, which is taken from the thread. Empty without memory for it.
+    static std::wstring ObtainErrorInfo() noexcept;
 
 private:
     template <class Work>

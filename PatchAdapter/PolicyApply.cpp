@@ -52,14 +52,14 @@ bool CPatchAdapter::ApplyPolicy(CPatchApi& api)
     return true;
 }
 
-// The document is built before the lock is taken: building one takes the status lock.
+// The document is built before the lock is taken, so that a slow service does not hold registration up.
 void CPatchAdapter::NotifyOfPolicy()
 {
     std::wstring wzStatus;
     const std::string status = COvStringUtil::WideToNarrow(BuildStatusXml(wzStatus));
     const COvSingleLock lock(&m_csObservers, true);
     for (IStateObserver* pObserver : m_lstStateObservers)
-        OvCallHost([&] { pObserver->OnStateChange(1, status.c_str()); });
+        OvCallHost([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
 }
 
 void CPatchAdapter::LoadPolicyRevId()
@@ -78,7 +78,8 @@ void CPatchAdapter::SavePolicyRevId()
 }
 
 // Nothing is caught here. The call does not go through OvCallHost: an exception of the host's compiler passes through
-// to the host, which alone can take it; turned into one of ours it would find no handler.
+// to the host, which alone can take it; turned into one of ours it would find no handler. Such a one runs no destructor
+// of ours on its way, so that the exit line is missing then.
 bool CPatchAdapter::GetConfiguration(IConfigurationReceiver* pReceiver)
 {
     const CPatchTraceScope scope(&m_Trace, s_szGetConfiguration);

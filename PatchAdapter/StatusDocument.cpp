@@ -142,7 +142,7 @@ void CPatchAdapter::WriteCompliance(COvXmlWriter& writer, const CServiceStatus& 
 void CPatchAdapter::WriteMeta(COvXmlWriter& writer)
 {
     writer.WriteStartElement(L"meta", nullptr);
-    writer.WriteAttrW(L"timestamp", COvDateTime::Now().Format(L"%Y-%m-%dT%H:%M:%S.000").c_str(), s_bEscape);
+    writer.WriteAttrW(L"timestamp", COvDateTime::Now().Format(COvDateTime::DOCUMENT_FORM).c_str(), s_bEscape);
     writer.WriteAttr(L"protocolVersion", s_nProtocolVersion, s_bEscape);
     writer.WriteAttrW(L"softwareVersion", GetBinaryVersion().AsStr().c_str(), s_bEscape);
     writer.WriteEndElement();

@@ -12,7 +12,11 @@ std::wstring OvGetErrorInfoText(IUnknown* pObject, IID iid)
         return L"This object does not implement the ISupportError interface.";
     if (support->InterfaceSupportsErrorInfo(iid) != S_OK)
         return L"This interface does not implement the IErrorInfo interface.";
+    return OvTakeErrorInfoText(L"");
+}
 
+std::wstring OvTakeErrorInfoText(const wchar_t* szLead)
+{
     COvComPtr<IErrorInfo> info;
     HRESULT hr = ::GetErrorInfo(0, info.Receive());
     if (hr == S_FALSE)
@@ -24,5 +28,5 @@ std::wstring OvGetErrorInfoText(IUnknown* pObject, IID iid)
     hr = info->GetDescription(description.Receive());
     if (FAILED(hr))
         return L"Call to IErrorInfo::GetDescription failed with hr [" + std::to_wstring(hr) + L"].";
-    return COvStringUtil::FromBSTR(description);
+    return szLead + COvStringUtil::FromBSTR(description);
 }

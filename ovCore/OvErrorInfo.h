@@ -10,3 +10,7 @@
 /// @param iid      the interface through which it was called.
 /// Takes the error information from the calling thread. Raises nothing but a failed allocation.
 std::wstring OvGetErrorInfoText(IUnknown* pObject, IID iid);
+
+/// As OvGetErrorInfoText, of whichever object left the error information.
+/// @param szLead  stands before a description.
+std::wstring OvTakeErrorInfoText(const wchar_t* szLead);

@@ -12,7 +12,8 @@ struct COvHostException
 /// Makes the call pfnCall(pContext) for OvCallHost.
 void OvCallGuarded(void (*pfnCall)(void*), void* pContext);
 
-/// Makes a call into the host (observer, receiver, log sink): every such call goes through here.
+/// Makes a call into the host (observer, receiver, log sink): every such call but that of
+/// GetConfiguration, which catches nothing, goes through here.
 /// @param call  a function object without arguments.
 /// What the host throws goes on to the caller. Where the host is built by another compiler than this library, its C++
 /// exceptions arrive as COvHostException, its own frames unwound by its own rules. A machine fault in the host's code

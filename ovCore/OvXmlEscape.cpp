@@ -43,7 +43,7 @@ size_t FactorFor(std::wstring_view text)
     return std::max(MIN_FACTOR, (LengthOf(text) - 1 + text.size() - 1) / text.size());
 }
 
-/// The factor of the first attempt: the least one if it does for what stands around the first place to escape.
+/// The factor of the first attempt: the least one if it does for what begins at the first place to escape.
 size_t FirstFactor(std::wstring_view text, size_t nDirty)
 {
     constexpr size_t SAMPLE = 256;
@@ -93,8 +93,13 @@ std::wstring COvXmlEscape::Escape(const std::wstring& strToEncode)
     }
     catch (...)
     {
-        OvRaise(E_FAIL, s_szSource, __LINE__,
-                COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Method", L"EscapeXML") +
-                    COvEvidence(L"strToEncode", strToEncode));
+        RaiseNotEscaped(strToEncode);
     }
+}
+
+void COvXmlEscape::RaiseNotEscaped(const std::wstring& strToEncode)
+{
+    OvRaise(E_FAIL, s_szSource, __LINE__,
+            COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Method", L"EscapeXML") +
+                COvEvidence(L"strToEncode", strToEncode));
 }

@@ -31,4 +31,7 @@ public:
     /// The escaped text; quotes are escaped too. Safe on any thread.
     /// Raises COvException E_FAIL when there is not enough memory; the input stands in its evidence.
     static std::wstring Escape(const std::wstring& strToEncode);
+
+    /// Raises what Escape does without memory, for whoever escapes into memory of his own.
+    [[noreturn]] static void RaiseNotEscaped(const std::wstring& strToEncode);
 };

@@ -39,15 +39,19 @@ struct CPlace
     wchar_t* pOut;
 };
 
+/// Writes what a unit of ASCII becomes, and zeros behind it. @return its end.
+inline wchar_t* PutPiece(wchar_t* pOut, const CPieces& pieces, uint32_t c)
+{
+    std::memcpy(pOut, pieces.units[c], sizeof(pieces.units[c]));
+    return pOut + pieces.lengths[c];
+}
+
 /// Escapes the next unit, or the pair that begins there. Needs room for PIECE_ROOM units.
 inline CPlace EscapeOne(CPlace place, const wchar_t* pEnd, const CPieces& pieces)
 {
     const uint32_t c = UnitAt(place.p);
     if (c < ASCII_UNITS)
-    {
-        std::memcpy(place.pOut, pieces.units[c], sizeof(pieces.units[c]));
-        return { place.p + 1, place.pOut + pieces.lengths[c] };
-    }
+        return { place.p + 1, PutPiece(place.pOut, pieces, c) };
     if (!IsPair(place.p, pEnd))
         return { place.p + 1, WriteReference<4>(place.pOut, c) };
     const uint32_t nCode = (c - 0xD800) * 0x400 + (UnitAt(place.p + 1) - 0xDC00) + 0x10000;
@@ -75,13 +79,6 @@ uint64_t EscapedLength(const wchar_t* p, const wchar_t* const pEnd, const CPiece
         }
     }
     return nTotal;
-}
-
-/// Writes what a unit of ASCII becomes, and zeros behind it. @return its end.
-inline wchar_t* PutPiece(wchar_t* pOut, const CPieces& pieces, uint32_t c)
-{
-    std::memcpy(pOut, pieces.units[c], sizeof(pieces.units[c]));
-    return pOut + pieces.lengths[c];
 }
 
 /// Escapes a block of ASCII. @return the end of what was written; null when there is more than ASCII in it.
@@ -140,7 +137,7 @@ bool EscapePieces(CPlace& place, const wchar_t* pEnd, const CPieces& pieces, con
     wchar_t* pOut = place.pOut;
     while (p != pEnd)
     {
-        if (UnitAt(p) < ASCII_UNITS && pieces.lengths[UnitAt(p)] == 1 && pOut != pOutEnd)
+        if (pieces.IsPlain(UnitAt(p)) && pOut != pOutEnd)
         {
             *pOut++ = *p++;
             continue;
@@ -181,7 +178,7 @@ size_t CleanUnits(const wchar_t* pIn, size_t nIn)
     const wchar_t* const pEnd = pIn + nIn;
     while (pEnd - p >= UNITS_IN_BLOCK && BlockLength(p, PIECES_WITH_QUOTES) == UNITS_IN_BLOCK)
         p += UNITS_IN_BLOCK;
-    while (p != pEnd && UnitAt(p) < ASCII_UNITS && PIECES_WITH_QUOTES.lengths[UnitAt(p)] == 1)
+    while (p != pEnd && PIECES_WITH_QUOTES.IsPlain(UnitAt(p)))
         ++p;
     return static_cast<size_t>(p - pIn);
 }

@@ -51,6 +51,9 @@ struct CPieces
         }
     }
 
+    /// Whether a unit stays as it is.
+    constexpr bool IsPlain(uint32_t c) const { return c < ASCII_UNITS && lengths[c] == 1; }
+
     wchar_t units[ASCII_UNITS][REFERENCE_LENGTH] = {}; ///< and zeros behind
     uint8_t lengths[ASCII_UNITS] = {};
 

@@ -101,7 +101,8 @@ inline wchar_t* PutWhilePlain(wchar_t* p, const wchar_t* pLimit, const wchar_t* 
     return *sz == 0 ? p : nullptr;
 }
 
-/// An attribute that is short and has nothing to escape, as most are: its strings are read only once.
+/// An attribute that is short and has nothing to escape, as most are, in the same marks as any other: its strings are
+/// read only once.
 /// @param p  has room for QUICK_UNITS. @return the end; null when it is none of these.
 inline wchar_t* PutQuickly(wchar_t* p, const wchar_t* szName, const wchar_t* szValue)
 {
@@ -112,8 +113,7 @@ inline wchar_t* PutQuickly(wchar_t* p, const wchar_t* szName, const wchar_t* szV
         return nullptr;
     *p++ = L'=';
     *p++ = L'"';
-    p = PutWhilePlain(p, pLimit, szValue,
-                      [](uint32_t c) { return c < ASCII_UNITS && PIECES_WITH_QUOTES.lengths[c] == 1; });
+    p = PutWhilePlain(p, pLimit, szValue, [](uint32_t c) { return PIECES_WITH_QUOTES.IsPlain(c); });
     if (p == nullptr)
         return nullptr;
     *p++ = L'"';
@@ -224,18 +224,33 @@ COvXmlWriterNode* COvXmlWriterTree::Append(COvXmlWriterNode* pParent, COvXmlWrit
             m_pEnd = pEnd;
             return nullptr;
         }
+    try
+    {
+        AppendText(*pParent, nType, sz0, sz1, bEscape);
+    }
+    catch (const std::bad_alloc&)
+    {
+        if (bEscape)
+            COvXmlEscape::RaiseNotEscaped(sz1 != nullptr ? sz1 : sz0);
+        throw;
+    }
+    return nullptr;
+}
+
+void COvXmlWriterTree::AppendText(COvXmlWriterNode& parent, COvXmlWriterNodeType nType, const wchar_t* sz0,
+                                  const wchar_t* sz1, bool bEscape)
+{
     const CPlainNode node(nType, sz0, sz1, bEscape);
     const bool bAttribute = StandsInStartTag(nType);
-    if (bAttribute && !pParent->bInStartTag)
+    if (bAttribute && !parent.bInStartTag)
     {
-        m_lateAttributes.emplace(pParent->nStartTagEnd, node.Text());
-        return nullptr;
+        m_lateAttributes.emplace(parent.nStartTagEnd, node.Text());
+        return;
     }
     wchar_t* p = Room(START_TAG_END.size() + node.Most());
     if (!bAttribute)
-        p = EndStartTag(p, *pParent);
+        p = EndStartTag(p, parent);
     m_pEnd = node.Write(p);
-    return nullptr;
 }
 
 COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName,

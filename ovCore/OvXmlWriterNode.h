@@ -56,7 +56,8 @@ public:
     /// @param sz0, sz1  the strings that the node's type asks for; null for one that it does not hold.
     /// @param bEscape   the value, which is the last string, is escaped.
     /// @return the node, the tree's, of an element, valid until it is closed; null of any other node.
-    /// Raises std::bad_alloc; the document is then as it was.
+    /// Raises what COvXmlEscape::Escape does when there is no memory for an escaped value, std::bad_alloc for anything
+    /// else; the document is then as it was.
     COvXmlWriterNode* Append(COvXmlWriterNode* pParent, COvXmlWriterNodeType nType, const wchar_t* sz0,
                              const wchar_t* sz1, bool bEscape);
 
@@ -73,6 +74,8 @@ private:
     static constexpr size_t FIRST_BLOCK = 1024; // units: a short document, and the depth of most, takes no memory
     static constexpr size_t FIRST_ELEMENTS = 8; // but the tree's own
 
+    void AppendText(COvXmlWriterNode& parent, COvXmlWriterNodeType nType, const wchar_t* sz0, const wchar_t* sz1,
+                    bool bEscape);
     COvXmlWriterNode* AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName, const wchar_t* szPrefix);
     COvXmlWriterNode& SpareElement();
     void EndElementsIn(const COvXmlWriterNode* pParent);

@@ -160,7 +160,7 @@ TEST(OvXmlWriter, WithoutMemoryAnOperationThrowsAndTheDocumentStaysAsItWas)
     const std::wstring strLong(5000, L'&'); // needs a block of its own
     const std::function<void(COvXmlWriter&)> operations[] = {
         [&](COvXmlWriter& w) { w.WriteStartElement(strLong.c_str(), strLong.c_str()); },
-        [](COvXmlWriter& w) { w.WriteAttr(L"n", 123456789, true); }, // must not write what the stream could not hold
+        [](COvXmlWriter& w) { w.WriteAttr(L"n", 123456789, false); }, // must not write what the stream could not hold
         [](COvXmlWriter& w) { w.ToStringW(); },
     };
     for (const auto& operation : operations)
@@ -181,4 +181,34 @@ TEST(OvXmlWriter, WithoutMemoryAnOperationThrowsAndTheDocumentStaysAsItWas)
                 EXPECT_EQ(L"<a n=\"v\">some text</a>", writer.ToStringW()) << &operation - operations;
             }
         }
+}
+
+TEST(OvXmlWriter, WithoutMemoryForAnEscapedValueTheValueIsTheEvidence)
+{
+    const std::wstring strLong(5000, L'&'); // needs a block of its own
+    const std::function<void(COvXmlWriter&)> operations[] = {
+        [&](COvXmlWriter& w) { w.WriteAttrW(L"n", strLong.c_str(), true); },
+        [&](COvXmlWriter& w) { w.WriteNameSpace(L"p", strLong.c_str(), true); },
+        [&](COvXmlWriter& w) { w.WriteString(strLong, true); },
+    };
+    const std::wstring strExpected =
+        L"0x80004005 OvXmlDocument | Msg: A Win32 API call failed. | Method: EscapeXML | strToEncode: " + strLong;
+    for (const auto& operation : operations)
+    {
+        std::wstring strRaised;
+        for (unsigned nFail = 1;; ++nFail)
+        {
+            COvXmlWriter writer(true);
+            Play(writer, L"Ea|Tsome text");
+            strRaised = Raised([&] {
+                const CFailingNew failing(nFail);
+                operation(writer);
+                EXPECT_LT(1u, nFail);
+            });
+            if (strRaised != strExpected)
+                break;
+            EXPECT_EQ(L"<a>some text</a>", writer.ToStringW()) << &operation - operations << " " << nFail;
+        }
+        EXPECT_EQ(L"nothing", strRaised) << &operation - operations;
+    }
 }

@@ -11,7 +11,7 @@ namespace
 {
 
 /// How the trace tells of a failed call when the job was not done whole: one of the texts stands in an error or warning
-/// line. Without texts the contract says nothing: a call that the service's presence is read from, a message's words.
+/// line. Those that are silent: a call that the service's presence is read from, a message's words.
 const std::multimap<std::string, std::string> s_told = {
     { "CoCreateGuid", "Method: CoCreateGuid" },
     { "CoCreateInstance", "Unable to connect to the Patch API" },
@@ -43,7 +43,7 @@ const std::set<std::string> s_silent = { "OpenEventW", "WaitForMultipleObjects",
 bool IsTold(const COutcome& outcome)
 {
     if (outcome.failed == "WideCharToMultiByte" && outcome.documents.count("") != 0)
-        return true; // the contract: empty when the conversion fails after it has told the size
+        return true; // empty when the conversion fails after it has told the size
     const auto [first, last] = s_told.equal_range(outcome.failed);
     return s_silent.count(outcome.failed) != 0 || std::any_of(first, last, [&](const auto& row) {
                return outcome.trace.find(row.second) != std::string::npos;

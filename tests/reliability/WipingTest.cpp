@@ -1,5 +1,6 @@
 // The work buffers are wiped before they are freed, whether the work succeeds or fails. Of what comes from operator
-// new[] the buffers of streams alone are none of them; those have BUFSIZ bytes.
+// new[] here the buffers of streams alone are none of them; those have BUFSIZ bytes. (The writer's documents are short
+// enough to take none.)
 #include "FailingNew.h"
 #include "ovCore/OvVersionResource.h"
 #include "ovCore/OvXmlEscape.h"
