@@ -1,5 +1,6 @@
 #include "AdapterLibrary.h"
 
+#include "Console.h"
 #include "Text.h"
 
 namespace
@@ -23,7 +24,7 @@ std::wstring FullPath(const std::string& path)
 
 } // namespace
 
-CAdapterLibrary::CAdapterLibrary(const std::string& path) : m_path(WideToUtf8(FullPath(path)))
+CAdapterLibrary::CAdapterLibrary(const std::string& path) : m_path(UserPath(WideToUtf8(FullPath(path))))
 {
     m_hModule = ::LoadLibraryW(Utf8ToWide(m_path).c_str());
     if (m_hModule == nullptr)

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "Documents.h"
 #include "Evidence.h"
+#include "Interrupt.h"
 #include "Output.h"
 #include "PolicyRevision.h"
 #include "Session.h"
@@ -47,16 +48,29 @@ bool Says(const CApplied& applied, int nKind, const std::string& message)
     return false;
 }
 
+/// The recorded revision, or why it cannot be read: the apply itself is what is asked about.
+std::string RevisionText()
+{
+    try
+    {
+        return ReadPolicyRevision().value_or("");
+    }
+    catch (const CCommandError& e)
+    {
+        return e.what();
+    }
+}
+
 CApplied Apply(CSession& session, CStatusObserver& observer, const std::string& document)
 {
     CApplied applied;
-    applied.before = ReadPolicyRevision().value_or("");
+    applied.before = RevisionText();
     {
         const CCallTrace trace(session.GetSink());
         session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(document.c_str()); });
         applied.lines = trace.GetLines();
     }
-    applied.after = ReadPolicyRevision().value_or("");
+    applied.after = RevisionText();
     applied.nNotifications = observer.CountOf(::GetCurrentThreadId());
     applied.refusal = FindRefusal(applied.lines, document);
     applied.bPatchPolicy = Says(applied, 2, "Info Msg: Translating policy XML") && Says(applied, 3, "Name: policy");
@@ -175,5 +189,5 @@ int ApplyCommand(const COptions& options)
     const CApplied applied = Apply(session, observer, document);
     Show(out, applied, document);
     session.Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
-    return Result(applied);
+    return UnlessInterrupted(Result(applied));
 }

@@ -10,6 +10,7 @@
 #include "ProcessCounts.h"
 #include "State.h"
 #include "Text.h"
+#include "TimeLimit.h"
 #include "TraceSink.h"
 
 namespace
@@ -42,7 +43,14 @@ public:
             return; // of the monitor
         ++m_nCalls;
         m_nValue = value;
-        m_revision = ReadPolicyRevision().value_or("");
+        try
+        {
+            m_revision = ReadPolicyRevision().value_or("");
+        }
+        catch (const CCommandError& e) // not for the library to meet
+        {
+            m_revision = e.what();
+        }
     }
 
     const DWORD m_dwThread = ::GetCurrentThreadId();
@@ -235,23 +243,30 @@ public:
         catch (const CBroken& e)
         {
             broken = e.what();
+            m_result = ExitFailed;
         }
-        m_nBroken += broken.empty() ? 0 : 1;
+        catch (const CLibraryError& e)
+        {
+            broken = e.what();
+            m_result = ExitLibrary;
+        }
         m_out.Json({ { "rule", rule }, { "passed", broken.empty() }, { "message", broken } });
         m_out.Text((broken.empty() ? m_out.Good("passed") : m_out.Bad("failed")) + "  " + rule +
                    (broken.empty() ? "" : ": " + broken) + "\n");
     }
 
-    bool AllKept() const { return m_nBroken == 0; }
+    bool AllKept() const { return m_result == ExitDone; }
+    ExitCode GetResult() const { return m_result; }
 
 private:
     const COutput& m_out;
-    unsigned m_nBroken = 0;
+    ExitCode m_result = ExitDone;
 };
 
 /// Everything from loading to unloading once. The service hangs, so that the monitor sees a stop at once.
 void LoadAndUnload(const COptions& options)
 {
+    const CTimeLimit limit(options.nTimeoutMs, "a load with all that follows");
     const CAdapterLibrary library(options.library);
     IAdapterFactory* const pFactory = library.MakeFactory();
     IAdapter* const pAdapter = pFactory->Initialise(nullptr, nullptr, nullptr, nullptr);
@@ -303,7 +318,10 @@ void TryRules(CReport& report, const COptions& options, CPatchService& service)
     CRules checked(options, service);
     for (const auto& [rule, keep] : rules)
         if (!IsInterrupted() && report.AllKept()) // each builds on the ones before
-            report.Try(rule, [&checked, keep = keep] { (checked.*keep)(); });
+            report.Try(rule, [&, rule = rule, keep = keep] {
+                const CTimeLimit limit(options.nTimeoutMs, std::string("what is done for '") + rule + "'");
+                (checked.*keep)();
+            });
 }
 
 } // namespace
@@ -317,10 +335,11 @@ int CheckCommand(const COptions& options)
     CPatchService service(ServiceKind::Simulated, "");
     report.Try("the library loads, exports both functions and has the interface version of this host",
                [&] { const CAdapterLibrary library(options.library); });
-    TryRules(report, options, service);
+    if (report.AllKept())
+        TryRules(report, options, service);
     service.Do({ 0, CServiceStep::Action::Hang, {} });
     if (!IsInterrupted() && report.AllKept())
         report.Try("after " + Count(options.nLoads, "load") + " no thread and no handle is left",
                    [&] { LoadsLeaveNothing(options); });
-    return IsInterrupted() ? ExitInterrupted : report.AllKept() ? ExitDone : ExitFailed;
+    return UnlessInterrupted(report.GetResult());
 }

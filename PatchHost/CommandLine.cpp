@@ -7,7 +7,9 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <iostream>
+#include <limits>
 #include <map>
 
 namespace
@@ -18,8 +20,6 @@ Exit codes: 0 done, 1 failed, 2 wrong command line or service script, 3 document
 5 library cannot be loaded or has another interface version, 130 interrupted. Data goes to standard output, messages go
 to standard error. The adapter takes up to ten seconds to stop; a second Ctrl-C does not wait for it.
 )";
-
-const std::map<std::string, unsigned> s_units = { { "ms", 1 }, { "s", 1000 }, { "m", 60000 }, { "h", 3600000 } };
 
 struct CCommand
 {
@@ -42,6 +42,59 @@ const CCommand s_commands[] = {
     { "check", "tries the rules of a plug-in of this kind, and tells of each", &CheckCommand },
 };
 
+template <class Value>
+std::vector<std::string> Names(const std::map<std::string, Value>& values)
+{
+    std::vector<std::string> names;
+    for (const auto& [name, value] : values)
+        names.push_back(name);
+    return names;
+}
+
+/// An option that takes one of some words.
+template <class Value>
+void AddWord(CLI::App& app, const char* szName, Value& target, const std::map<std::string, Value>& values,
+             const char* szDescription)
+{
+    app.add_option_function<std::string>(
+           szName,
+           [&target, szName, values](const std::string& word) {
+               const auto found = values.find(word);
+               if (found == values.end())
+                   throw CLI::ValidationError(szName, "'" + word + "' is none of " +
+                                                          CLI::detail::join(Names(values), ", ") +
+                                                          Suggestion(word, Names(values)));
+               target = found->second;
+           },
+           szDescription)
+        ->type_name("WORD");
+}
+
+/// Milliseconds of a text such as "500ms", "30s", "2m", "1h" or "0".
+unsigned Milliseconds(const std::string& option, const std::string& text)
+{
+    static const std::map<std::string, unsigned> units = {
+        { "ms", 1 }, { "s", 1000 }, { "m", 60000 }, { "h", 3600000 }
+    };
+    const size_t nDigits = std::min(text.find_first_not_of("0123456789"), text.size());
+    const auto unit = units.find(text.substr(nDigits));
+    unsigned nCount = 0;
+    const bool bCount = std::from_chars(text.data(), text.data() + nDigits, nCount).ec == std::errc();
+    if (text == "0")
+        return 0;
+    if (!bCount || unit == units.end() || nCount > std::numeric_limits<unsigned>::max() / unit->second)
+        throw CLI::ValidationError(option, "'" + text + "' is no time of up to 49 days, such as 500ms, 30s, 2m or 1h");
+    return nCount * unit->second;
+}
+
+template <class Value>
+void AddTime(CLI::App& app, const char* szName, Value& target, const char* szDescription)
+{
+    app.add_option_function<std::string>(
+           szName, [&target, szName](const std::string& text) { target = Milliseconds(szName, text); }, szDescription)
+        ->type_name("TIME");
+}
+
 void AddCommonOptions(CLI::App& app, COptions& options)
 {
     static const std::map<std::string, ServiceKind> services = { { "simulated", ServiceKind::Simulated },
@@ -49,26 +102,29 @@ void AddCommonOptions(CLI::App& app, COptions& options)
                                                                  { "down", ServiceKind::Down } };
     static const std::map<std::string, int> levels = { { "none", -1 }, { "error", 0 },  { "warning", 1 },
                                                        { "info", 2 },  { "detail", 3 }, { "trace", 4 } };
-    app.add_option("--library", options.library, "the adapter library to load")->capture_default_str();
-    app.add_option("--service", options.service, "the patch service: simulated (the default), installed or down")
-        ->transform(CLI::CheckedTransformer(services).description(""));
-    app.add_option("--service-script", options.serviceScript, "what the simulated service does, a file; see below");
-    app.add_option("--state-dir", options.stateFolder, "keep the recorded revision in this folder");
-    app.add_option("--acp", options.nCodePage, "the ANSI code page in which documents are read, such as 1252");
-    app.add_option(
-           "--trace", options.nTraceLevel,
-           "show the library's trace on standard error, up to a kind: none, error, warning, info, detail, trace")
-        ->transform(CLI::CheckedTransformer(levels).description(""));
-    app.add_option("--timeout", options.nTimeoutMs,
-                   "how long one call into the library may take, such as 30s; 0 for no limit")
-        ->transform(CLI::AsNumberWithUnit(s_units, CLI::AsNumberWithUnit::UNIT_REQUIRED, "TIME").description(""))
-        ->default_str("60s");
+    app.add_option("--library", options.library, "the adapter library to load")
+        ->capture_default_str()
+        ->type_name("FILE");
+    AddWord(app, "--service", options.service, services,
+            "the patch service: simulated (the default), installed or down; run, validate, translate and check have "
+            "one of their own");
+    app.add_option("--service-script", options.serviceScript, "what the simulated service does; see patchhost --help")
+        ->type_name("FILE");
+    app.add_option("--state-dir", options.stateFolder, "keep the recorded revision in this folder")
+        ->type_name("FOLDER");
+    app.add_option("--acp", options.nCodePage,
+                   "the ANSI code page in which documents are read, such as 1252; on Windows the system's alone")
+        ->type_name("NUMBER");
+    AddWord(app, "--trace", options.nTraceLevel, levels,
+            "show the library's trace on standard error, up to a kind: none, error, warning, info, detail, trace");
+    AddTime(app, "--timeout", options.nTimeoutMs,
+            "how long one call into the library may take, such as 30s; 60s unless told, 0 for no limit");
     app.add_flag("--json", options.bJson, "one JSON object, or one a line, in place of text");
 }
 
 void AddFile(CLI::App& command, COptions& options, const char* szDescription)
 {
-    command.add_option("FILE", options.files, szDescription)->required()->expected(1);
+    command.add_option("FILE", options.files, szDescription)->required()->expected(1)->type_name("");
 }
 
 void AddOwnOptions(const std::map<std::string, CLI::App*>& commands, COptions& options)
@@ -78,19 +134,22 @@ void AddOwnOptions(const std::map<std::string, CLI::App*>& commands, COptions& o
     commands.at("validate")
         ->add_option("FILE", options.files, "the documents, - for standard input")
         ->required()
-        ->expected(1, -1);
+        ->expected(1, -1)
+        ->type_name("");
     commands.at("record")
         ->add_option("FILE", options.files, "the file to write, - for standard output; then the policies to hand in")
         ->required()
-        ->expected(1, -1);
+        ->expected(1, -1)
+        ->type_name("");
     AddFile(*commands.at("replay"), options, "the recorded session");
     commands.at("translate")->add_flag("--raw", options.bRaw, "the document as the service gets it");
     commands.at("translate")->add_flag("--explain", options.bExplain, "each setting beside what it came from");
     commands.at("status")->add_flag("--raw", options.bRaw, "the document as the host gets it");
-    commands.at("watch")
-        ->add_option("--for", options.nForMs, "end after this time, such as 60s; without it with Ctrl-C")
-        ->transform(CLI::AsNumberWithUnit(s_units, CLI::AsNumberWithUnit::UNIT_REQUIRED, "TIME").description(""));
-    commands.at("check")->add_option("--loads", options.nLoads, "how often to load and unload")->capture_default_str();
+    AddTime(*commands.at("watch"), "--for", options.forMs, "end after this time, such as 60s; without it with Ctrl-C");
+    commands.at("check")
+        ->add_option("--loads", options.nLoads, "how often to load and unload")
+        ->capture_default_str()
+        ->type_name("NUMBER");
 }
 
 std::string UnknownCommand(const std::string& word)
@@ -98,20 +157,41 @@ std::string UnknownCommand(const std::string& word)
     std::vector<std::string> known;
     for (const CCommand& command : s_commands)
         known.emplace_back(command.szName);
-    const std::string nearest = Nearest(word, known);
-    return "there is no command '" + word + "'" + (nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
+    const std::string suggestion = Suggestion(word, known);
+    return "there is no command '" + word + "'" + (suggestion.empty() ? "; see patchhost --help" : suggestion);
+}
+
+std::string Unexpected(const CLI::App& app, const std::string& word)
+{
+    std::vector<std::string> known;
+    const CLI::App* const pCommand = app.get_subcommands().front();
+    for (const CLI::App* const pApp : { &app, pCommand })
+        for (const CLI::Option* const pOption : pApp->get_options())
+            for (const std::string& name : pOption->get_lnames())
+                known.push_back("--" + name);
+    return "this was not expected: " + word + (word[0] == '-' ? Suggestion(word, known) : "");
+}
+
+/// For the end of a command's own help.
+std::string CommonOptions(const CLI::App& app)
+{
+    return CLI::Formatter().make_group(
+        "Options of every command", false, app.get_options([](const CLI::Option* pOption) {
+            return pOption != nullptr && pOption->get_name() != "--help" && pOption->get_name() != "--version";
+        }));
 }
 
 /// The commands take what the program does not know of, so that an unknown command can be answered.
 void RefuseLeftovers(const CLI::App& app)
 {
     const std::vector<std::string> left = app.remaining(true);
-    if (app.get_subcommands().empty() && !left.empty() && left.front()[0] != '-')
-        throw CCommandError(ExitUsage, UnknownCommand(left.front()));
-    if (!left.empty())
-        throw CCommandError(ExitUsage, "this was not expected: " + left.front());
+    const auto word = std::find_if(left.begin(), left.end(), [](const std::string& s) { return s[0] != '-'; });
+    if (!app.get_subcommands().empty() && !left.empty())
+        throw CCommandError(ExitUsage, Unexpected(app, left.front()));
+    if (app.get_subcommands().empty() && word != left.end())
+        throw CCommandError(ExitUsage, UnknownCommand(*word));
     if (app.get_subcommands().empty())
-        throw CCommandError(ExitUsage, "A subcommand is required; see patchhost --help");
+        throw CCommandError(ExitUsage, "a command is required; see patchhost --help");
 }
 
 } // namespace
@@ -122,7 +202,6 @@ std::optional<CRequest> ParseCommandLine(const std::vector<std::string>& argumen
     request.options.library = PATCHHOST_LIBRARY;
     CLI::App app("Loads the patch adapter library and drives it as the agent would.", "patchhost");
     app.set_version_flag("--version", PATCHHOST_VERSION);
-    app.footer(s_szExitCodes + std::string("\n") + g_szServiceScriptHelp);
     app.allow_extras();
     app.allow_windows_style_options(false); // a path may begin with a slash
     AddCommonOptions(app, request.options);
@@ -131,11 +210,12 @@ std::optional<CRequest> ParseCommandLine(const std::vector<std::string>& argumen
     {
         CLI::App* const pCommand = app.add_subcommand(command.szName, command.szDescription)->fallthrough();
         pCommand->allow_windows_style_options(false);
-        pCommand->allow_extras(false);
+        pCommand->footer([&app] { return CommonOptions(app); });
         pCommand->set_version_flag("--version", PATCHHOST_VERSION);
         commands[command.szName] = pCommand;
         pCommand->callback([&request, &command] { request.command = command.function; });
     }
+    app.footer(s_szExitCodes + std::string("\n") + g_szServiceScriptHelp); // now, for the commands would take it over
     AddOwnOptions(commands, request.options);
     try
     {

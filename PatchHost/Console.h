@@ -7,6 +7,9 @@
 /// The arguments without the program's name, in UTF-8.
 std::vector<std::string> Arguments(int argc, char** argv);
 
+/// A path from the platform as the user of this system writes it.
+std::string UserPath(const std::string& path);
+
 enum class Stream
 {
     Output,
@@ -18,8 +21,9 @@ bool IsTerminal(Stream stream);
 /// Whether the stream is a terminal that understands colours; makes it so where it has to be told.
 bool HasColours(Stream stream);
 
-/// Standard input and output carry documents byte by byte from now on.
-void UseBinaryStreams();
+/// Standard input and output carry documents byte by byte from now on, and a reader that goes away is an error of
+/// writing.
+void PrepareStreams();
 
 /// Makes a code page the system's ANSI code page for this process.
 /// @return false where that cannot be done and it is not the system's own.

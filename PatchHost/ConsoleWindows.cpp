@@ -28,6 +28,11 @@ std::vector<std::string> Arguments(int, char**)
     return arguments;
 }
 
+std::string UserPath(const std::string& path)
+{
+    return path;
+}
+
 bool IsTerminal(Stream stream)
 {
     DWORD dwMode = 0;
@@ -41,7 +46,7 @@ bool HasColours(Stream stream)
     return ::GetConsoleMode(HandleOf(stream), &dwMode) && ::SetConsoleMode(HandleOf(stream), dwMode | dwEscapes);
 }
 
-void UseBinaryStreams()
+void PrepareStreams()
 {
     ::_setmode(0, _O_BINARY);
     ::_setmode(1, _O_BINARY);

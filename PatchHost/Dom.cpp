@@ -95,7 +95,11 @@ std::string CDomNode::Outline() const
     CComRef<IXMLDOMNode> spCopy;
     if (FAILED(m_spNode->cloneNode(VARIANT_FALSE, spCopy.Receive())) || spCopy.Get() == nullptr)
         return std::string();
-    return Read(spCopy.Get(), &IXMLDOMNode::get_xml);
+    std::string outline = Read(spCopy.Get(), &IXMLDOMNode::get_xml);
+    const size_t nEnd = outline.rfind("/>");
+    if (nEnd != std::string::npos && !Children().empty())
+        outline.replace(nEnd, std::string::npos, ">...");
+    return outline;
 }
 
 std::optional<CDomNode> CDomNode::Parent() const

@@ -60,7 +60,7 @@ public:
     std::string BaseName() const;
     std::string Text() const;
 
-    /// The node without its content, as XML.
+    /// The node as XML, with "..." in the place of its content.
     std::string Outline() const;
 
     /// Where it stands in its document: "/policy/configuration/assessment[2]".

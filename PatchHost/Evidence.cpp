@@ -162,13 +162,24 @@ std::string ConversionMessage(const std::string& type)
                         : "the attribute 'policyType' is no whole number of 32 bits";
 }
 
+/// Which of the two nodes of a patch policy is missing, by the names that they have in the document.
+std::string MissingNodes(const std::vector<CEvidenceItem>& evidence)
+{
+    std::string missing;
+    if (ValueOf(evidence, "bFoundComparisionNode") == "<false>")
+        missing += ": there is no 'Comp'";
+    if (ValueOf(evidence, "bFoundPolicyRefNode") == "<false>")
+        missing += std::string(missing.empty() ? ": there is" : " and") + " no 'configuration'";
+    return missing;
+}
+
 std::string Message(const std::vector<CEvidenceItem>& evidence)
 {
     const std::string attribute = ValueOf(evidence, "strAttrName");
     if (!attribute.empty())
         return "the attribute '" + attribute + "' is missing";
     const std::string type = ValueOf(evidence, "vtNew");
-    return type.empty() ? ValueOf(evidence, "Info Msg") : ConversionMessage(type);
+    return type.empty() ? ValueOf(evidence, "Info Msg") + MissingNodes(evidence) : ConversionMessage(type);
 }
 
 void AddNode(CRefusal& refusal, const std::vector<CTraceLine>& lines, const std::string& document)
@@ -250,6 +261,28 @@ std::optional<CRefusal> FindRefusal(const std::vector<CTraceLine>& lines, const 
     return refusal;
 }
 
+namespace
+{
+
+constexpr size_t s_nShown = 100; ///< of a long line
+constexpr size_t s_nBefore = 60; ///< of them before the column
+
+/// The faulty line with a caret under its column. A tab or another control character takes one column, as a blank.
+std::string SourceText(const CRefusal& refusal)
+{
+    std::wstring line = Utf8ToWide(refusal.source);
+    std::replace_if(
+        line.begin(), line.end(), [](wchar_t unit) { return unit < L' ' || unit == 0x7F; }, L' ');
+    const size_t nColumn = static_cast<size_t>(std::max(refusal.nColumn - 1, 0L));
+    const size_t nStart = line.size() > s_nShown && nColumn > s_nBefore ? nColumn - s_nBefore : 0;
+    const std::wstring shown = nStart < line.size() ? line.substr(nStart, s_nShown) : std::wstring();
+    const std::string before = nStart > 0 ? "... " : "";
+    return "        " + before + WideToUtf8(shown) + (nStart + shown.size() < line.size() ? " ..." : "") +
+           "\n        " + std::string(before.size() + nColumn - nStart, ' ') + "^\n";
+}
+
+} // namespace
+
 std::string RefusalText(const CRefusal& refusal)
 {
     std::string text = "    " + refusal.message + "\n";
@@ -258,8 +291,7 @@ std::string RefusalText(const CRefusal& refusal)
     if (refusal.nLine > 0)
         text += "    line " + std::to_string(refusal.nLine) + ", column " + std::to_string(refusal.nColumn) + "\n";
     if (!refusal.source.empty())
-        text += "        " + refusal.source + "\n        " +
-                std::string(static_cast<size_t>(std::max(refusal.nColumn - 1, 0L)), ' ') + "^\n";
+        text += SourceText(refusal);
     if (!refusal.nodePath.empty())
         text += "    at " + refusal.nodePath + "\n";
     if (!refusal.outline.empty())

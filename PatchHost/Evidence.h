@@ -41,6 +41,6 @@ struct CRefusal
 /// @return nothing when the document was accepted.
 std::optional<CRefusal> FindRefusal(const std::vector<CTraceLine>& lines, const std::string& document);
 
-/// The refusal for people, indented, with a caret under the column.
+/// The refusal for people, indented, with a caret under the column; a long line is cut around it.
 std::string RefusalText(const CRefusal& refusal);
 CJson RefusalJson(const CRefusal& refusal);

@@ -24,7 +24,7 @@ int Run(const std::vector<std::string>& arguments)
 int main(int argc, char** argv)
 {
     NoteInterrupts();
-    UseBinaryStreams();
+    PrepareStreams();
     try
     {
         return Run(Arguments(argc, argv));

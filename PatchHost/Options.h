@@ -1,6 +1,7 @@
 // What the command line asks for, and what the program can end with.
 #pragma once
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -54,6 +55,6 @@ struct COptions
     std::vector<std::string> files; ///< "-" is standard input
     bool bRaw = false;
     bool bExplain = false;
-    unsigned nForMs = 0; ///< watch: 0 for no end
+    std::optional<unsigned> forMs; ///< watch: nothing for no end
     unsigned nLoads = 100;
 };

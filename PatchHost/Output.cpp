@@ -1,6 +1,7 @@
 #include "Output.h"
 
 #include "Console.h"
+#include "Options.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,8 +11,9 @@ namespace
 
 void Write(const std::string& text)
 {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout); // what was said must be seen while the adapter still works
+    const bool bWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (std::fflush(stdout) != 0 || !bWritten) // what was said must be seen while the adapter still works
+        throw CCommandError(ExitFailed, "cannot write to standard output");
 }
 
 bool WantsColours()
@@ -43,5 +45,6 @@ std::string COutput::Coloured(const char* code, const std::string& word) const
 
 void Note(const std::string& sentence)
 {
-    std::fputs(("patchhost: " + sentence + "\n").c_str(), stderr);
+    const bool bEnded = !sentence.empty() && sentence.back() == '\n';
+    std::fputs(("patchhost: " + sentence + (bEnded ? "" : "\n")).c_str(), stderr);
 }

@@ -14,6 +14,8 @@ public:
 
     bool IsJson() const { return m_bJson; }
 
+    // Both throw CCommandError (failed) when standard output does not take it.
+
     /// In text mode alone: the text as it is.
     void Text(const std::string& text) const;
 
@@ -31,5 +33,5 @@ private:
     const bool m_bColours;
 };
 
-/// A sentence of the program itself, on standard error.
+/// A sentence of the program itself, on standard error; more lines may follow it.
 void Note(const std::string& sentence);

@@ -1,5 +1,6 @@
 #include "PolicyRevision.h"
 
+#include "Options.h"
 #include "OvPlatform.h"
 #include "Text.h"
 
@@ -33,31 +34,49 @@ std::vector<BYTE> BytesFromText(const std::wstring& text)
     return bytes;
 }
 
+[[noreturn]] void Fail(const char* szWhat, LONG lResult)
+{
+    throw CCommandError(ExitFailed, std::string("the recorded revision cannot be ") + szWhat + ": error " +
+                                        std::to_string(lResult));
+}
+
+/// Nothing, when the key or its value is not there; any other failure is one.
+std::nullopt_t NoneUnless(LONG lResult)
+{
+    if (lResult != ERROR_FILE_NOT_FOUND)
+        Fail("read", lResult);
+    return std::nullopt;
+}
+
 } // namespace
 
 std::optional<std::string> ReadPolicyRevision()
 {
     HKEY hKey = nullptr;
-    if (::RegOpenKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, KEY_READ | KEY_WOW64_64KEY, &hKey) != ERROR_SUCCESS)
-        return std::nullopt;
+    LONG lResult = ::RegOpenKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, KEY_READ | KEY_WOW64_64KEY, &hKey);
+    if (lResult != ERROR_SUCCESS)
+        return NoneUnless(lResult);
     DWORD nSize = 0;
-    LONG lResult = ::RegQueryValueExW(hKey, s_szName, nullptr, nullptr, nullptr, &nSize);
+    lResult = ::RegQueryValueExW(hKey, s_szName, nullptr, nullptr, nullptr, &nSize);
     std::vector<BYTE> bytes(nSize);
     if (lResult == ERROR_SUCCESS && nSize > 0)
         lResult = ::RegQueryValueExW(hKey, s_szName, nullptr, nullptr, bytes.data(), &nSize);
     ::RegCloseKey(hKey);
     if (lResult != ERROR_SUCCESS)
-        return std::nullopt;
+        return NoneUnless(lResult);
     return WideToUtf8(TextFromBytes(bytes));
 }
 
 void WritePolicyRevision(const std::string& revision)
 {
     HKEY hKey = nullptr;
-    if (::RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                          KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, &hKey, nullptr) != ERROR_SUCCESS)
-        return;
+    LONG lResult = ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                     KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, &hKey, nullptr);
+    if (lResult != ERROR_SUCCESS)
+        Fail("written", lResult);
     const std::vector<BYTE> bytes = BytesFromText(Utf8ToWide(revision));
-    ::RegSetValueExW(hKey, s_szName, 0, REG_SZ, bytes.data(), static_cast<DWORD>(bytes.size()));
+    lResult = ::RegSetValueExW(hKey, s_szName, 0, REG_SZ, bytes.data(), static_cast<DWORD>(bytes.size()));
     ::RegCloseKey(hKey);
+    if (lResult != ERROR_SUCCESS)
+        Fail("written", lResult);
 }

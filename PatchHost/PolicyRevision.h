@@ -5,7 +5,8 @@
 #include <string>
 
 /// The recorded policy revision in UTF-8; nothing when none was recorded.
+/// @throw CCommandError (failed) when that cannot be read.
 std::optional<std::string> ReadPolicyRevision();
 
-/// Records a revision in the place of the adapter's.
+/// Records a revision in the place of the adapter's. @throw CCommandError (failed) when it cannot be written.
 void WritePolicyRevision(const std::string& revision);

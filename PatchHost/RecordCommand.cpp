@@ -23,7 +23,20 @@ CJson Header(const COptions& options, const std::string& script)
              { "codePage", ::GetACP() } };
 }
 
-void RecordSession(CBoundary& boundary, const COptions& options)
+/// Whether a file may be written over: it holds nothing, or a recording. A policy named in its place stays.
+void RefuseOtherFile(const std::string& target)
+{
+    const std::filesystem::path path = std::filesystem::u8path(target);
+    if (!std::filesystem::is_regular_file(path))
+        return;
+    std::ifstream stream(path, std::ios::binary);
+    std::string line;
+    std::getline(stream, line);
+    if (!line.empty() && line.compare(0, 14, "{\"patchhost\":1") != 0)
+        throw CCommandError(ExitUsage, target + " is no recording and is left as it is; the file to write comes first");
+}
+
+void RecordSession(CBoundary& boundary, const std::vector<std::string>& policies)
 {
     for (const char* const szCall : { "GetAdapterVersion", "GetAdapterFactory1_0", "Initialise" })
         boundary.Call(szCall, "");
@@ -31,9 +44,9 @@ void RecordSession(CBoundary& boundary, const COptions& options)
         boundary.AwaitMonitor();
     for (const char* const szCall : { "RegisterStateObserver", "GetConfiguration" })
         boundary.Call(szCall, "");
-    for (const std::string& file : options.files)
+    for (const std::string& policy : policies)
         if (!IsInterrupted())
-            boundary.Call("SetConfiguration", AnsiToUtf8(ReadDocument(file)));
+            boundary.Call("SetConfiguration", policy);
     for (const char* const szCall : { "GetStatus", "DeRegisterStateObserver" })
         boundary.Call(szCall, "");
     Note("stopping the adapter, which can take ten seconds");
@@ -47,24 +60,30 @@ int RecordCommand(const COptions& options)
 {
     if (options.service == ServiceKind::Installed)
         throw CCommandError(ExitUsage, "record needs a service that a replay can have again: simulated or down");
-    COptions own = options;
-    const std::string target = own.files.front();
-    own.files.erase(own.files.begin());
+    const std::string target = options.files.front();
+    const std::string script = ReadScript(options);
+    std::vector<std::string> policies; // read before the file is opened, which empties it
+    for (size_t n = 1; n < options.files.size(); ++n)
+        policies.push_back(AnsiToUtf8(ReadDocument(options.files[n])));
 
     std::ofstream file;
     if (target != "-")
+    {
+        RefuseOtherFile(target);
         file.open(std::filesystem::u8path(target), std::ios::binary);
+    }
     std::ostream& stream = target == "-" ? std::cout : file;
     const auto write = [&stream](const CJson& event) { stream << event.dump() << "\n" << std::flush; };
 
-    const std::string script = ReadScript(own);
     const CComApartment apartment;
     const CRecordPlace record(RecordKind::Throwaway, "");
-    const CPatchService service(own.service, script);
-    write(Header(own, script));
-    CBoundary boundary(own, write);
-    RecordSession(boundary, own);
+    const CPatchService service(options.service, script);
+    write(Header(options, script));
     if (!stream)
         throw CCommandError(ExitFailed, "cannot write " + target);
-    return DoneUnlessInterrupted();
+    CBoundary boundary(options, write);
+    RecordSession(boundary, policies);
+    if (!stream)
+        throw CCommandError(ExitFailed, "cannot write " + target);
+    return UnlessInterrupted(ExitDone);
 }

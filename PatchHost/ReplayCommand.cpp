@@ -2,6 +2,7 @@
 #include "Apartment.h"
 #include "Boundary.h"
 #include "Commands.h"
+#include "Console.h"
 #include "Documents.h"
 #include "Interrupt.h"
 #include "Session.h"
@@ -41,21 +42,34 @@ std::vector<std::string> EventsOf(const std::vector<CJson>& events, const std::s
     return lines;
 }
 
+bool IsHeader(const CJson& event)
+{
+    return event.is_object() && event.value("patchhost", CJson()) == 1;
+}
+
+/// The code page of the recording, for its documents are narrow texts of that one.
+void UseCodePage(unsigned nCodePage)
+{
+    if (nCodePage != ::GetACP() && !UseAnsiCodePage(nCodePage))
+        throw CCommandError(ExitFailed, "this was recorded with code page " + std::to_string(nCodePage) +
+                                            ", which is not available here");
+}
+
 std::vector<CJson> ReadRecording(const std::string& file)
 {
     std::vector<CJson> events;
     std::istringstream stream(ReadDocument(file));
-    try
+    for (std::string line; std::getline(stream, line);)
     {
-        for (std::string line; std::getline(stream, line);)
-            events.push_back(CJson::parse(line));
+        events.push_back(CJson::parse(line, nullptr, false));
+        if (!events.back().is_object() || !IsHeader(events.front()))
+            throw CCommandError(ExitFailed,
+                                file + (IsHeader(events.front()) ? " is broken in line " + std::to_string(events.size())
+                                                                 : std::string(" is no recording")));
     }
-    catch (const CJson::exception&)
-    {
-        events.clear();
-    }
-    if (events.empty() || events.front().value("patchhost", 0) != 1)
-        throw CCommandError(ExitFailed, file + " is no recording");
+    if (events.size() < 2)
+        throw CCommandError(ExitFailed, file + " holds no calls");
+    UseCodePage(events.front().value("codePage", ::GetACP()));
     return events;
 }
 
@@ -113,5 +127,5 @@ int ReplayCommand(const COptions& options)
     bool bDiffers = false;
     for (const char* const szThread : { "host", "monitor" })
         bDiffers = Differs(out, szThread, EventsOf(recording, szThread), EventsOf(played, szThread)) || bDiffers;
-    return bDiffers ? ExitFailed : DoneUnlessInterrupted();
+    return UnlessInterrupted(bDiffers ? ExitFailed : ExitDone);
 }

@@ -1,15 +1,14 @@
 // run: the main job from end to end, against a simulated service. Takes up to 30 seconds: the adapter looks for the
 // service every ten seconds.
-#include "AdapterSession.h"
-#include "AgentSimulator/AgentSimulator.h"
-#include "Apartment.h"
 #include "Callbacks.h"
 #include "Commands.h"
 #include "Documents.h"
+#include "Evidence.h"
+#include "Interrupt.h"
+#include "Output.h"
 #include "PolicyRevision.h"
-#include "State.h"
+#include "Session.h"
 #include "Text.h"
-#include "TraceSink.h"
 
 #include <algorithm>
 #include <iostream>
@@ -26,14 +25,10 @@ void Require(bool bHappened, const std::string& step)
         throw std::runtime_error("this did not happen: " + step);
 }
 
-void Heading(const std::string& text)
+void Tell(const COutput& out, const std::string& heading, const std::string& document)
 {
-    std::cout << "\n== " << text << "\n" << std::flush;
-}
-
-void ShowDocument(const std::string& xml)
-{
-    std::cout << IndentXml(xml) << std::flush;
+    out.Text("\n== " + heading + "\n" + IndentXml(document));
+    out.Json({ { "step", heading }, { "document", document } });
 }
 
 bool SaysServiceRuns(const std::string& status, bool bRuns)
@@ -51,95 +46,108 @@ std::optional<std::string> TakeUntil(CStatusObserver& observer, DWORD dwTimeout,
     return status;
 }
 
-/// The notification that says whether the service runs, while standard error shows the seconds that pass.
-std::string AwaitService(CStatusObserver& observer, bool bRuns)
+/// The notification that says whether the service runs, while standard error shows the seconds that pass. Nothing when
+/// it is interrupted.
+std::optional<std::string> AwaitService(CStatusObserver& observer, bool bRuns)
 {
     std::cerr << "waiting for the monitor, which looks every ten seconds:" << std::flush;
     std::optional<std::string> status;
-    for (unsigned nSecond = 1; !status && nSecond <= s_nMonitorSeconds; ++nSecond)
+    for (unsigned nSecond = 1; !status && nSecond <= s_nMonitorSeconds && !IsInterrupted(); ++nSecond)
     {
         status = TakeUntil(observer, s_dwSecond, [&](const std::string& s) { return SaysServiceRuns(s, bRuns); });
         if (!status)
             std::cerr << " " << nSecond << std::flush;
     }
     std::cerr << "\n";
-    Require(status.has_value(),
+    Require(status || IsInterrupted(),
             bRuns ? "the observer is told that the service is back" : "the observer is told that the service is gone");
-    return *status;
+    return status;
 }
 
-void Apply(CAdapterSession& adapter, CAgentSimulator& service, CStatusObserver& observer, const std::string& policy)
+void Register(CSession& session, const COutput& out, CStatusObserver& observer)
 {
-    Heading("the policy is handed in");
-    adapter->SetConfiguration(policy.c_str());
+    session.Call("RegisterStateObserver", [&](IAdapter& adapter) { adapter.RegisterStateObserver(&observer); });
+    const std::optional<std::string> first = observer.Take(0);
+    Require(first.has_value(), "a new observer is told the current status");
+    Tell(out, "the new observer was told", *first);
+}
 
-    const std::vector<std::wstring> received = service.GetReceivedSettings();
-    Require(!received.empty(), "the service receives the settings document");
-    Heading("the service received");
-    ShowDocument(WideToUtf8(received.back()));
+/// @return whether the policy was accepted.
+bool HandIn(CSession& session, const std::string& policy)
+{
+    const CCallTrace trace(session.GetSink());
+    session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(policy.c_str()); });
+    const std::optional<CRefusal> refusal = FindRefusal(trace.GetLines(), policy);
+    if (refusal)
+        Note("the policy is refused\n" + RefusalText(*refusal));
+    return !refusal;
+}
+
+/// @return whether the policy was accepted.
+bool Apply(CSession& session, const COutput& out, CStatusObserver& observer, const std::string& policy)
+{
+    Tell(out, "the policy is handed in", "");
+    if (!HandIn(session, policy))
+        return false;
+
+    const std::optional<std::wstring> settings = session.GetService().GetLastSettings();
+    Require(settings.has_value(), "the service receives the settings document");
+    Tell(out, "the service received", WideToUtf8(*settings));
 
     const std::optional<std::string> revision = ReadPolicyRevision();
     Require(revision.has_value(), "the revision is recorded");
-    Heading("the recorded revision");
-    std::cout << *revision << "\n";
+    Tell(out, "the recorded revision", *revision);
 
     const std::optional<std::string> status = TakeUntil(
         observer, 0, [&](const std::string& s) { return s.find("RevID=\"" + *revision + "\"") != std::string::npos; });
     Require(status.has_value(), "the observer is told the new status, with the revision");
-    Heading("the observer was told after the apply");
-    ShowDocument(*status);
+    Tell(out, "the observer was told after the apply", *status);
+    return true;
 }
 
-void AskForStatus(CAdapterSession& adapter)
+void AskForStatus(CSession& session, const COutput& out)
 {
     CStatusReceiver receiver;
-    adapter->GetStatus(&receiver);
+    session.Call("GetStatus", [&](IAdapter& adapter) { adapter.GetStatus(&receiver); });
     Require(receiver.GetStatus().has_value(), "a status document comes");
-    Heading("the status document, asked for");
-    ShowDocument(*receiver.GetStatus());
+    Tell(out, "the status document, asked for", *receiver.GetStatus());
 }
 
-void ChangeService(CAgentSimulator& service, CStatusObserver& observer, bool bRuns)
+void ChangeService(CSession& session, const COutput& out, CStatusObserver& observer, bool bRuns)
 {
-    Heading(bRuns ? "the service comes back" : "the service goes away");
-    if (bRuns)
-        service.Start();
-    else
-        service.Stop();
-    ShowDocument(AwaitService(observer, bRuns));
+    if (IsInterrupted())
+        return;
+    session.GetService().Do({ 0, bRuns ? CServiceStep::Action::Start : CServiceStep::Action::Stop, {} });
+    const std::optional<std::string> status = AwaitService(observer, bRuns);
+    if (status)
+        Tell(out, bRuns ? "the service came back" : "the service went away", *status);
 }
 
 } // namespace
 
 int RunCommand(const COptions& options)
 {
+    const COutput out(options.bJson);
+    if (options.service != ServiceKind::Simulated || !options.serviceScript.empty())
+        throw CCommandError(ExitUsage, "run brings a service of its own; for another one there is apply");
     const std::string policy = ReadDocument(options.files.front());
-    const CComApartment apartment;
-    const CRecordPlace record(RecordKind::Kept, options.stateFolder);
-    CTraceSink sink(std::max(options.nTraceLevel, 0)); // what fails here must be seen
-    CAgentSimulator service;
-    service.Start();
-
-    const CAdapterLibrary library(options.library);
-    std::cout << library.GetPath() << ", interface version " << library.GetMajor() << "." << library.GetMinor() << "\n";
+    COptions own = options;
+    own.nTraceLevel = std::max(options.nTraceLevel, 0); // what fails here must be seen
     CStatusObserver observer;
-    CAdapterSession adapter(library, &sink);
+    CSession session(own);
+    const CAdapterLibrary& library = session.GetLibrary();
+    Tell(out,
+         library.GetPath() + ", interface version " + std::to_string(library.GetMajor()) + "." +
+             std::to_string(library.GetMinor()),
+         "");
 
-    adapter->RegisterStateObserver(&observer);
-    const std::optional<std::string> first = observer.Take(0);
-    Require(first.has_value(), "a new observer is told the current status");
-    Heading("the new observer was told");
-    ShowDocument(*first);
-
-    Apply(adapter, service, observer, policy);
-    AskForStatus(adapter);
-    Require(sink.AwaitMonitor(s_nMonitorSeconds * s_dwSecond), "the monitor sees that the service runs");
-    ChangeService(service, observer, false);
-    ChangeService(service, observer, true);
-
-    adapter->DeRegisterStateObserver(&observer);
-    Heading("done");
-    std::cerr << "stopping the adapter, which can take ten seconds\n";
-    adapter.Stop();
-    return ExitDone;
+    Register(session, out, observer);
+    if (!Apply(session, out, observer, policy))
+        return UnlessInterrupted(ExitRefused);
+    AskForStatus(session, out);
+    Require(session.GetSink().AwaitMonitor(s_nMonitorSeconds * s_dwSecond), "the monitor sees that the service runs");
+    ChangeService(session, out, observer, false);
+    ChangeService(session, out, observer, true);
+    session.Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
+    return UnlessInterrupted(ExitDone);
 }

@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <climits>
 
 const char* const g_szServiceScriptHelp =
     R"(A service script is a JSON object; each member may be left out:
@@ -69,12 +71,27 @@ AgentCall Call(const Json& name)
     return Lookup(known, name, "call");
 }
 
+/// A whole number of a range; anything else is refused, not cut.
+int64_t Number(const std::string& name, const Json& json, int64_t nLeast, int64_t nMost)
+{
+    if (!json.is_number_integer() || json.get<int64_t>() < nLeast || json.get<int64_t>() > nMost ||
+        (json.is_number_unsigned() && json.get<uint64_t>() > static_cast<uint64_t>(nMost)))
+        Refuse("has a \"" + name + "\" that is no whole number from " + std::to_string(nLeast) + " to " +
+               std::to_string(nMost) + ": " + json.dump());
+    return json.get<int64_t>();
+}
+
+unsigned Unsigned(const std::string& name, const Json& json)
+{
+    return static_cast<unsigned>(Number(name, json, 0, INT_MAX));
+}
+
 CAgentValue Value(const Json& json)
 {
     if (json.is_boolean())
         return json.get<bool>();
     if (json.is_number_integer())
-        return json.get<LONG>();
+        return static_cast<LONG>(Number("value", json, INT32_MIN, INT32_MAX));
     if (json.is_string())
         return Utf8ToWide(json.get<std::string>());
     if (json.is_null())
@@ -90,15 +107,18 @@ std::map<LONG, CAgentValue> Values(const Json& json)
     return values;
 }
 
+/// A result of 32 bits: a number with or without its sign, or the text of one without it.
 HRESULT Result(const Json& json)
 {
-    if (json.is_number_integer())
-        return static_cast<HRESULT>(json.get<int64_t>());
+    if (!json.is_string())
+        return static_cast<HRESULT>(Number("hr", json, INT32_MIN, UINT32_MAX));
     const std::string text = json.get<std::string>();
-    size_t nEnd = 0;
-    const unsigned long long nValue = std::stoull(text, &nEnd, 0);
-    if (nEnd != text.size())
-        Refuse("has a result that is no number: " + text);
+    const bool bHex = text.compare(0, 2, "0x") == 0;
+    const char* const pEnd = text.data() + text.size();
+    uint32_t nValue = 0;
+    const auto [pParsed, error] = std::from_chars(text.data() + (bHex ? 2 : 0), pEnd, nValue, bHex ? 16 : 10);
+    if (error != std::errc() || pParsed != pEnd)
+        Refuse("has an \"hr\" that is no number of 32 bits, such as \"0x80004005\": " + json.dump());
     return static_cast<HRESULT>(nValue);
 }
 
@@ -114,11 +134,11 @@ CAgentFault Fault(const Json& json)
         else if (name == "value")
             fault.stateId = StateId(value);
         else if (name == "first")
-            fault.nFirst = value.get<unsigned>();
+            fault.nFirst = Unsigned(name, value);
         else if (name == "count")
-            fault.nCount = value.get<unsigned>();
+            fault.nCount = Unsigned(name, value);
         else if (name == "delayMs")
-            fault.dwDelayMs = value.get<unsigned>();
+            fault.dwDelayMs = Unsigned(name, value);
         else if (name == "dies")
             fault.bDies = value.get<bool>();
         else if (name == "description")
@@ -139,7 +159,7 @@ CServiceStep Step(const Json& json)
     for (const auto& [name, value] : json.items())
     {
         if (name == "atMs")
-            step.nAtMs = value.get<unsigned>();
+            step.nAtMs = Unsigned(name, value);
         else if (name == "do")
             step.action = Action(value);
         else if (name == "values")
@@ -191,9 +211,5 @@ CServiceScript ParseServiceScript(const std::string& text)
     catch (const Json::exception& e)
     {
         Refuse(std::string("cannot be read: ") + e.what());
-    }
-    catch (const std::logic_error&) // of a number's text
-    {
-        Refuse("has a result that is no number");
     }
 }

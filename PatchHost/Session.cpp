@@ -10,7 +10,19 @@ RecordKind RecordFor(ServiceKind kind)
 
 std::string ReadScript(const COptions& options)
 {
-    return options.serviceScript.empty() ? std::string() : ReadDocument(options.serviceScript);
+    if (options.serviceScript.empty())
+        return std::string();
+    try
+    {
+        const std::string script = ReadDocument(options.serviceScript);
+        if (!script.empty())
+            return script;
+    }
+    catch (const CCommandError& e)
+    {
+        throw CCommandError(ExitUsage, e.what());
+    }
+    throw CCommandError(ExitUsage, options.serviceScript + " is empty; a service script is a JSON object");
 }
 
 CSession::CSession(const COptions& options, ServiceKind kind, RecordKind record)

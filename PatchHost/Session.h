@@ -53,5 +53,6 @@ private:
 /// The record that goes with a service: the machine's own only with its own service.
 RecordKind RecordFor(ServiceKind kind);
 
-/// The text of the script that the options name; empty for none.
+/// The text of the script that the options name; empty for none. @throw CCommandError (usage) when it holds nothing or
+/// cannot be read.
 std::string ReadScript(const COptions& options);

@@ -1,7 +1,9 @@
 // Where the adapter's recorded revision goes while this program drives it.
 #pragma once
 
-#include <memory>
+#include "Interrupt.h"
+
+#include <optional>
 #include <string>
 
 enum class RecordKind
@@ -11,8 +13,8 @@ enum class RecordKind
     Throwaway ///< an empty record that is gone at the end
 };
 
-/// While it lives, what the adapter records goes to one place. One at a time in a process; to be made before the
-/// library is loaded, and destroyed after it is unloaded.
+/// While it lives, what the adapter records goes to one place, and an interrupt waits. One at a time in a process; to
+/// be made before the library is loaded, and destroyed after it is unloaded.
 class CRecordPlace
 {
 public:
@@ -28,6 +30,8 @@ public:
     const std::string& Describe() const { return m_description; }
 
 private:
+    const CInterruptHold m_interrupts;
     std::string m_description;
-    std::string m_file; ///< what the record is kept in; empty for none of this program's own
+    std::string m_file;                ///< what the record is kept in; empty for none of this program's own
+    std::optional<std::string> m_kept; ///< the revision in that file at the start
 };

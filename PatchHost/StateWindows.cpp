@@ -1,6 +1,7 @@
 #include "State.h"
 
 #include "Options.h"
+#include "Output.h"
 #include "OvPlatform.h"
 #include "PolicyRevision.h"
 #include "Text.h"
@@ -24,6 +25,7 @@ std::wstring StandInPath()
 
 void StandIn()
 {
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, StandInPath().c_str()); // of a process of this number that was ended
     HKEY hKey = nullptr;
     LONG lResult = ::RegCreateKeyExW(HKEY_CURRENT_USER, StandInPath().c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
                                      KEY_ALL_ACCESS, nullptr, &hKey, nullptr);
@@ -40,6 +42,26 @@ std::filesystem::path FolderOrDefault(const std::string& folder)
         return std::filesystem::u8path(folder);
     const wchar_t* const szLocal = ::_wgetenv(L"LOCALAPPDATA");
     return std::filesystem::path(szLocal == nullptr ? L"." : szLocal) / L"patchhost";
+}
+
+/// What becomes the file once it is written: whoever ends the process in between leaves the old one.
+std::filesystem::path NewFile(const std::string& file)
+{
+    return std::filesystem::u8path(file + ".new");
+}
+
+/// Keeps the recorded revision in a file, unless it is the one that is kept.
+void Keep(const std::string& file, const std::optional<std::string>& kept)
+{
+    const std::optional<std::string> revision = ReadPolicyRevision();
+    if (!revision || revision == kept)
+        return;
+    std::ofstream stream(NewFile(file), std::ios::binary);
+    stream << *revision;
+    stream.close();
+    if (!stream)
+        throw std::runtime_error("cannot write " + file + ".new");
+    std::filesystem::rename(NewFile(file), std::filesystem::u8path(file));
 }
 
 } // namespace
@@ -63,15 +85,22 @@ CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
     std::ifstream stream(path / "revision.txt", std::ios::binary);
     if (stream)
         WritePolicyRevision({ std::istreambuf_iterator<char>(stream), {} });
+    m_kept = ReadPolicyRevision();
 }
 
 CRecordPlace::~CRecordPlace()
 {
     if (m_description.rfind("HKLM", 0) == 0)
         return;
-    const std::optional<std::string> revision = ReadPolicyRevision();
-    if (!m_file.empty() && revision)
-        std::ofstream(std::filesystem::u8path(m_file), std::ios::binary) << *revision;
+    try
+    {
+        if (!m_file.empty())
+            Keep(m_file, m_kept);
+    }
+    catch (const std::exception& e)
+    {
+        Note(std::string("the recorded revision is not kept: ") + e.what());
+    }
     ::RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
     ::RegDeleteTreeW(HKEY_CURRENT_USER, StandInPath().c_str());
 }

@@ -1,6 +1,7 @@
 // status: the current status document and what it means.
 #include "Callbacks.h"
 #include "Commands.h"
+#include "Interrupt.h"
 #include "Session.h"
 #include "StatusText.h"
 #include "Text.h"
@@ -18,12 +19,12 @@ int StatusCommand(const COptions& options)
     {
         out.Text(raw + "\n");
         out.Json({ { "document", raw } });
-        return ExitDone;
+        return UnlessInterrupted(ExitDone);
     }
     const CStatus status = ParseStatus(*receiver.GetStatus());
     CJson json = StatusJson(status);
     json["document"] = raw;
     out.Json(json);
     out.Text(IndentXml(raw) + Verdict(status) + "\n");
-    return ExitDone;
+    return UnlessInterrupted(ExitDone);
 }

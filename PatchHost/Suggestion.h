@@ -4,5 +4,5 @@
 #include <string>
 #include <vector>
 
-/// The nearest known word; empty when none is near.
-std::string Nearest(const std::string& word, const std::vector<std::string>& known);
+/// The end of a sentence that says that a word is not known: "; did you mean 'apply'?". Empty when no word is near.
+std::string Suggestion(const std::string& word, const std::vector<std::string>& known);

@@ -4,6 +4,7 @@
 #include "Documents.h"
 #include "Dom.h"
 #include "Evidence.h"
+#include "Interrupt.h"
 #include "Output.h"
 #include "Session.h"
 #include "Text.h"
@@ -120,12 +121,16 @@ int TranslateCommand(const COptions& options)
     if (refusal)
     {
         Note(options.files.front() + " is refused\n" + RefusalText(*refusal));
-        return ExitRefused;
+        out.Json({ { "settings", nullptr }, { "refusal", RefusalJson(*refusal) } });
+        return UnlessInterrupted(ExitRefused);
     }
     const std::optional<std::wstring> settings = session.GetService().GetLastSettings();
     if (settings)
         Show(out, options, *settings, document);
     else
+    {
         Note("nothing is translated: a config document has no settings");
-    return ExitDone;
+        out.Json({ { "settings", nullptr } });
+    }
+    return UnlessInterrupted(ExitDone);
 }

@@ -44,10 +44,15 @@ void Refused(const COutput& out, const std::string& file, const CRefusal& refusa
     out.Text(file + ": " + out.Bad("refused") + "\n" + RefusalText(refusal));
 }
 
-/// @return whether the document was accepted.
-bool Validate(CSession& session, const COutput& out, const std::string& file)
+ExitCode Unreadable(const COutput& out, const std::string& file, const std::string& reason)
 {
-    const std::string document = ReadDocument(file);
+    Note(reason);
+    out.Json({ { "file", file }, { "error", reason } });
+    return ExitFailed;
+}
+
+ExitCode Validate(CSession& session, const COutput& out, const std::string& file, const std::string& document)
+{
     const CCallTrace trace(session.GetSink());
     session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(document.c_str()); });
     const std::optional<CRefusal> refusal = FindRefusal(trace.GetLines(), document);
@@ -55,7 +60,34 @@ bool Validate(CSession& session, const COutput& out, const std::string& file)
         Refused(out, file, *refusal);
     else
         Accepted(out, file, trace.GetLines());
-    return !refusal;
+    return refusal ? ExitRefused : ExitDone;
+}
+
+/// A document, or why there is none.
+struct CInput
+{
+    std::string file;
+    std::string document;
+    std::string error;
+};
+
+/// All of them before the adapter is made: an interrupt while standard input is read has nothing to wait for.
+std::vector<CInput> ReadInputs(const std::vector<std::string>& files)
+{
+    std::vector<CInput> inputs;
+    for (const std::string& file : files)
+    {
+        inputs.push_back({ file, "", "" });
+        try
+        {
+            inputs.back().document = ReadDocument(file);
+        }
+        catch (const CCommandError& e)
+        {
+            inputs.back().error = e.what();
+        }
+    }
+    return inputs;
 }
 
 } // namespace
@@ -63,13 +95,17 @@ bool Validate(CSession& session, const COutput& out, const std::string& file)
 int ValidateCommand(const COptions& options)
 {
     const COutput out(options.bJson);
+    const std::vector<CInput> inputs = ReadInputs(options.files);
     CSession session(options, ServiceKind::Isolated, RecordKind::Throwaway);
-    bool bAllAccepted = true;
-    for (const std::string& file : options.files)
+    ExitCode worst = ExitDone;
+    for (const CInput& input : inputs)
     {
         if (IsInterrupted())
-            return ExitInterrupted;
-        bAllAccepted = Validate(session, out, file) && bAllAccepted;
+            break;
+        const ExitCode result = input.error.empty() ? Validate(session, out, input.file, input.document)
+                                                    : Unreadable(out, input.file, input.error);
+        if (worst != ExitFailed && result != ExitDone) // a document that was not looked at says less than a refused one
+            worst = result;
     }
-    return bAllAccepted ? ExitDone : ExitRefused;
+    return UnlessInterrupted(worst);
 }

@@ -79,7 +79,7 @@ void Show(const COutput& out, CJson& before, const std::string& document)
 
 bool IsOver(const COptions& options, ULONGLONG nStart)
 {
-    return IsInterrupted() || (options.nForMs != 0 && ::GetTickCount64() - nStart >= options.nForMs);
+    return IsInterrupted() || (options.forMs && ::GetTickCount64() - nStart >= *options.forMs);
 }
 
 } // namespace
@@ -105,5 +105,5 @@ int WatchCommand(const COptions& options)
         }
     }
     session.Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
-    return DoneUnlessInterrupted();
+    return UnlessInterrupted(ExitDone);
 }
