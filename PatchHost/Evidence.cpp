@@ -1,10 +1,8 @@
 #include "Evidence.h"
 
-#include "Dom.h"
 #include "Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace
 {
@@ -47,8 +45,6 @@ const char* const s_names[] = {
     "vtNew",
 };
 
-const std::string s_evidence = " Evidence: ";
-
 bool StartsWith(const std::string& text, size_t nPos, const std::string& start)
 {
     return text.compare(nPos, start.size(), start) == 0;
@@ -75,31 +71,6 @@ size_t ValueEnd(const std::string& text, size_t nPos, const std::string& name, c
     return text.size();
 }
 
-std::string Trimmed(const std::string& text)
-{
-    const size_t nStart = text.find_first_not_of(" \t\r\n");
-    return nStart == std::string::npos ? "" : text.substr(nStart, text.find_last_not_of(" \t\r\n") - nStart + 1);
-}
-
-/// What stands between two texts, trimmed.
-std::string Between(const std::string& text, const std::string& start, const std::string& end)
-{
-    const size_t nStart = text.find(start);
-    if (nStart == std::string::npos)
-        return std::string();
-    const size_t nValue = nStart + start.size();
-    const size_t nEnd = text.find(end, nValue);
-    return Trimmed(text.substr(nValue, nEnd == std::string::npos ? nEnd : nEnd - nValue));
-}
-
-std::string ValueOf(const std::vector<CEvidenceItem>& items, const std::string& name)
-{
-    for (const CEvidenceItem& item : items)
-        if (item.name == name)
-            return item.value;
-    return std::string();
-}
-
 bool IsDocument(const CEvidenceItem& item)
 {
     return item.name == "strXML" || item.name == "bstrXml" || item.name == "tzSettingsXml";
@@ -111,86 +82,6 @@ std::string AsRendered(const std::string& document)
     std::string text = AnsiToUtf8(document.c_str());
     std::replace(text.begin(), text.end(), '\r', ' ');
     return text;
-}
-
-/// The node that the library looked at last: it names each child when it comes to it.
-std::optional<CDomNode> LastNode(const std::vector<CTraceLine>& lines, const std::string& document)
-{
-    size_t nChild = 0;   // counted from 1, of the main node
-    size_t nSetting = 0; // of the configuration
-    bool bMain = false;
-    for (const CTraceLine& line : lines)
-    {
-        bMain = bMain || (line.nKind == 3 && StartsWith(line.text, 0, "Name: "));
-        if (line.nKind == 3 && StartsWith(line.text, 0, "strNodeName: "))
-        {
-            ++nChild;
-            nSetting = 0;
-        }
-        nSetting += line.nKind == 3 && StartsWith(line.text, 0, "strPolicyNodeName: ") ? 1 : 0;
-    }
-    std::optional<CDomNode> node = CDomNode::Parse(AnsiToWide(document.c_str()));
-    for (const size_t nIndex : { bMain ? size_t{ 2 } : size_t{ 0 }, nChild, nSetting })
-    {
-        if (!node || nIndex == 0)
-            break;
-        const std::vector<CDomNode> children = node->Children();
-        if (nIndex > children.size())
-            break;
-        node = children[nIndex - 1];
-    }
-    return node;
-}
-
-void ReadParseError(CRefusal& refusal, const std::string& parseError)
-{
-    refusal.message = "the document does not parse";
-    refusal.reason = Between(parseError, "Reason:\n", "\nSource:\n");
-    const size_t nSource = parseError.find("\nSource:\n");
-    if (nSource != std::string::npos)
-        refusal.source = parseError.substr(nSource + 9, parseError.find('\n', nSource + 9) - nSource - 9);
-    if (refusal.source == "No source available.")
-        refusal.source.clear();
-    refusal.nLine = std::atol(Between(parseError, "Line: ", " ").c_str());
-    refusal.nColumn = std::atol(Between(parseError, "Line Pos: ", "\n").c_str());
-}
-
-/// The library says of which type a value should have been, not of which attribute.
-std::string ConversionMessage(const std::string& type)
-{
-    return type == "11" ? "the attribute 'enabled' is no truth value: true, false, 1, 0 or -1"
-                        : "the attribute 'policyType' is no whole number of 32 bits";
-}
-
-/// Which of the two nodes of a patch policy is missing, by the names that they have in the document.
-std::string MissingNodes(const std::vector<CEvidenceItem>& evidence)
-{
-    std::string missing;
-    if (ValueOf(evidence, "bFoundComparisionNode") == "<false>")
-        missing += ": there is no 'Comp'";
-    if (ValueOf(evidence, "bFoundPolicyRefNode") == "<false>")
-        missing += std::string(missing.empty() ? ": there is" : " and") + " no 'configuration'";
-    return missing;
-}
-
-std::string Message(const std::vector<CEvidenceItem>& evidence)
-{
-    const std::string attribute = ValueOf(evidence, "strAttrName");
-    if (!attribute.empty())
-        return "the attribute '" + attribute + "' is missing";
-    const std::string type = ValueOf(evidence, "vtNew");
-    return type.empty() ? ValueOf(evidence, "Info Msg") + MissingNodes(evidence) : ConversionMessage(type);
-}
-
-void AddNode(CRefusal& refusal, const std::vector<CTraceLine>& lines, const std::string& document)
-{
-    std::optional<CDomNode> node = LastNode(lines, document);
-    if (!ValueOf(refusal.evidence, "bFoundPolicyRefNode").empty() && node)
-        node = node->Select("/*").front(); // what is missing is missing in the main node, not in its last child
-    if (!node)
-        return;
-    refusal.nodePath = node->Path().empty() ? "/" : node->Path();
-    refusal.outline = refusal.nodePath == "/" ? "" : node->Outline();
 }
 
 } // namespace
@@ -234,80 +125,5 @@ CJson EvidenceJson(const std::vector<CEvidenceItem>& items)
     CJson json = CJson::array();
     for (const CEvidenceItem& item : items)
         json.push_back({ { "name", item.name }, { "value", item.value } });
-    return json;
-}
-
-std::optional<CRefusal> FindRefusal(const std::vector<CTraceLine>& lines, const std::string& document)
-{
-    const auto error = std::find_if(lines.begin(), lines.end(), [](const CTraceLine& line) { return line.nKind == 0; });
-    if (error == lines.end())
-        return std::nullopt;
-    CRefusal refusal;
-    refusal.code = Between(error->text, "Error: ", " File: ");
-    const size_t nEvidence = std::min(error->text.find(s_evidence), error->text.size() - s_evidence.size());
-    refusal.evidence = SplitEvidence(error->text.substr(nEvidence + s_evidence.size()), document);
-    const std::string parseError = ValueOf(refusal.evidence, "XML Parse Error");
-    if (!parseError.empty())
-    {
-        ReadParseError(refusal, parseError);
-        return refusal;
-    }
-    refusal.message = Message(refusal.evidence);
-    const bool bLoaded = std::any_of(lines.begin(), lines.end(), [](const CTraceLine& line) {
-        return line.text == "Info Msg: Loaded configuration xml";
-    });
-    if (!bLoaded) // else the document is not to blame
-        AddNode(refusal, lines, document);
-    return refusal;
-}
-
-namespace
-{
-
-constexpr size_t s_nShown = 100; ///< of a long line
-constexpr size_t s_nBefore = 60; ///< of them before the column
-
-/// The faulty line with a caret under its column. A tab or another control character takes one column, as a blank.
-std::string SourceText(const CRefusal& refusal)
-{
-    std::wstring line = Utf8ToWide(refusal.source);
-    std::replace_if(
-        line.begin(), line.end(), [](wchar_t unit) { return unit < L' ' || unit == 0x7F; }, L' ');
-    const size_t nColumn = static_cast<size_t>(std::max(refusal.nColumn - 1, 0L));
-    const size_t nStart = line.size() > s_nShown && nColumn > s_nBefore ? nColumn - s_nBefore : 0;
-    const std::wstring shown = nStart < line.size() ? line.substr(nStart, s_nShown) : std::wstring();
-    const std::string before = nStart > 0 ? "... " : "";
-    return "        " + before + WideToUtf8(shown) + (nStart + shown.size() < line.size() ? " ..." : "") +
-           "\n        " + std::string(before.size() + nColumn - nStart, ' ') + "^\n";
-}
-
-} // namespace
-
-std::string RefusalText(const CRefusal& refusal)
-{
-    std::string text = "    " + refusal.message + "\n";
-    if (!refusal.reason.empty())
-        text += "    the parser says: " + refusal.reason + "\n";
-    if (refusal.nLine > 0)
-        text += "    line " + std::to_string(refusal.nLine) + ", column " + std::to_string(refusal.nColumn) + "\n";
-    if (!refusal.source.empty())
-        text += SourceText(refusal);
-    if (!refusal.nodePath.empty())
-        text += "    at " + refusal.nodePath + "\n";
-    if (!refusal.outline.empty())
-        text += "        " + refusal.outline + "\n";
-    return text;
-}
-
-CJson RefusalJson(const CRefusal& refusal)
-{
-    CJson json = { { "code", refusal.code }, { "message", refusal.message } };
-    if (!refusal.reason.empty())
-        json["reason"] = refusal.reason;
-    if (refusal.nLine > 0)
-        json.update({ { "line", refusal.nLine }, { "column", refusal.nColumn }, { "source", refusal.source } });
-    if (!refusal.nodePath.empty())
-        json["node"] = refusal.nodePath;
-    json["evidence"] = EvidenceJson(refusal.evidence);
     return json;
 }

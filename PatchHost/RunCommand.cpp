@@ -3,10 +3,10 @@
 #include "Callbacks.h"
 #include "Commands.h"
 #include "Documents.h"
-#include "Evidence.h"
 #include "Interrupt.h"
 #include "Output.h"
 #include "PolicyRevision.h"
+#include "Refusal.h"
 #include "Session.h"
 #include "Text.h"
 

@@ -50,6 +50,12 @@ std::string Utf8ToAnsi(const std::string& text)
     return ToNarrow(CP_ACP, Utf8ToWide(text));
 }
 
+std::string Trimmed(const std::string& text)
+{
+    const size_t nStart = text.find_first_not_of(" \t\r\n");
+    return nStart == std::string::npos ? "" : text.substr(nStart, text.find_last_not_of(" \t\r\n") - nStart + 1);
+}
+
 std::string Count(size_t nCount, const std::string& noun)
 {
     return std::to_string(nCount) + " " + noun + (nCount == 1 ? "" : "s");

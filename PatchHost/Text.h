@@ -11,6 +11,9 @@ std::wstring AnsiToWide(const std::string& text);
 std::string AnsiToUtf8(const std::string& text);
 std::string Utf8ToAnsi(const std::string& text);
 
+/// Without the white space at both ends.
+std::string Trimmed(const std::string& text);
+
 /// "3 characters", "1 character".
 std::string Count(size_t nCount, const std::string& noun);
 

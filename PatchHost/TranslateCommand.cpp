@@ -3,9 +3,9 @@
 #include "Console.h"
 #include "Documents.h"
 #include "Dom.h"
-#include "Evidence.h"
 #include "Interrupt.h"
 #include "Output.h"
+#include "Refusal.h"
 #include "Session.h"
 #include "Text.h"
 

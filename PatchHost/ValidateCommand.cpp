@@ -1,9 +1,9 @@
 // validate: the library's own intake, with no service and a throw-away record.
 #include "Commands.h"
 #include "Documents.h"
-#include "Evidence.h"
 #include "Interrupt.h"
 #include "Output.h"
+#include "Refusal.h"
 #include "Session.h"
 
 namespace
