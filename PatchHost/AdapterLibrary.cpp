@@ -24,7 +24,7 @@ std::wstring FullPath(const std::string& path)
 
 } // namespace
 
-CAdapterLibrary::CAdapterLibrary(const std::string& path) : m_path(UserPath(WideToUtf8(FullPath(path))))
+CAdapterLibrary::CAdapterLibrary(const std::string& path) : m_path(UserPath(FullPath(path)))
 {
     m_hModule = ::LoadLibraryW(Utf8ToWide(m_path).c_str());
     if (m_hModule == nullptr)

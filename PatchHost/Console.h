@@ -7,8 +7,8 @@
 /// The arguments without the program's name, in UTF-8.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-/// A path from the platform as the user of this system writes it.
-std::string UserPath(const std::string& path);
+/// A path from the platform as the user of this system writes it, in UTF-8.
+std::string UserPath(const std::wstring& path);
 
 enum class Stream
 {

@@ -1,8 +1,8 @@
 #include "Console.h"
 
 #include "Platform/Control.h"
+#include "Text.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <unistd.h>
@@ -12,13 +12,9 @@ std::vector<std::string> Arguments(int argc, char** argv)
     return { argv + 1, argv + argc };
 }
 
-std::string UserPath(const std::string& path)
+std::string UserPath(const std::wstring& path)
 {
-    if (path.compare(0, 3, "Z:\\") != 0)
-        return path;
-    std::string own = path.substr(2); // the stand-in shows /a/b as Z:\a\b
-    std::replace(own.begin(), own.end(), '\\', '/');
-    return own;
+    return path.compare(0, 3, L"Z:\\") == 0 ? OvPlatform::HostPath(path) : WideToUtf8(path);
 }
 
 bool IsTerminal(Stream stream)

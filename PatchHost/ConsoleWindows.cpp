@@ -28,9 +28,9 @@ std::vector<std::string> Arguments(int, char**)
     return arguments;
 }
 
-std::string UserPath(const std::string& path)
+std::string UserPath(const std::wstring& path)
 {
-    return path;
+    return WideToUtf8(path);
 }
 
 bool IsTerminal(Stream stream)

@@ -5,6 +5,7 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace OvPlatform
@@ -37,6 +38,9 @@ OVPLATFORM_API void SetRegistryInMemory();
 
 /// Makes a class of the platform's own (a DOM document class) creatable or not; at first each one is.
 OVPLATFORM_API void SetClassAvailable(REFCLSID rclsid, bool bAvailable);
+
+/// The host system's path, in UTF-8, of a file as the platform writes its name (see Files.h); empty where it has none.
+OVPLATFORM_API std::string HostPath(std::wstring_view name);
 
 /// The code page behind CP_ACP and CP_THREAD_ACP; 1252 at first. FALSE, and nothing changes, for one that is not known.
 OVPLATFORM_API bool SetAnsiCodePage(UINT nCodePage);

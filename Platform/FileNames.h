@@ -2,6 +2,7 @@
 // For the stand-in's own files only.
 #pragma once
 
+#include "Control.h" // HostPath
 #include "Types.h"
 
 #include <string>
@@ -16,9 +17,6 @@ namespace OvPlatform
 /// @return 0, or ERROR_PATH_NOT_FOUND for an empty name, ERROR_BAD_NETPATH for one on another computer,
 ///         ERROR_INVALID_NAME for a slash behind "\\?\".
 DWORD ParseFileName(std::wstring_view name, std::string& path);
-
-/// The same; empty where that has none.
-std::string HostPath(std::wstring_view name);
 
 /// The platform's name of an absolute path of the host system: "Z:" and backslashes.
 std::wstring PlatformPath(std::string_view path);
