@@ -48,29 +48,12 @@ bool Says(const CApplied& applied, int nKind, const std::string& message)
     return false;
 }
 
-/// The recorded revision, or why it cannot be read: the apply itself is what is asked about.
-std::string RevisionText()
-{
-    try
-    {
-        return ReadPolicyRevision().value_or("");
-    }
-    catch (const CCommandError& e)
-    {
-        return e.what();
-    }
-}
-
 CApplied Apply(CSession& session, CStatusObserver& observer, const std::string& document)
 {
     CApplied applied;
-    applied.before = RevisionText();
-    {
-        const CCallTrace trace(session.GetSink());
-        session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(document.c_str()); });
-        applied.lines = trace.GetLines();
-    }
-    applied.after = RevisionText();
+    applied.before = PolicyRevisionText();
+    applied.lines = session.SetConfiguration(document);
+    applied.after = PolicyRevisionText();
     applied.nNotifications = observer.CountOf(::GetCurrentThreadId());
     applied.refusal = FindRefusal(applied.lines, document);
     applied.bPatchPolicy = Says(applied, 2, "Info Msg: Translating policy XML") && Says(applied, 3, "Name: policy");
@@ -182,12 +165,12 @@ int ApplyCommand(const COptions& options)
     const std::string document = ReadDocument(options.files.front());
     CStatusObserver observer;
     CSession session(options);
-    session.Call("RegisterStateObserver", [&](IAdapter& adapter) { adapter.RegisterStateObserver(&observer); });
+    session.Register(observer);
     while (observer.Take(0)) // what a new observer is told
         ;
     session.GetService().BeginSteps([](const std::string& word) { Note("the service " + word); });
     const CApplied applied = Apply(session, observer, document);
     Show(out, applied, document);
-    session.Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
+    session.Deregister(observer);
     return UnlessInterrupted(Result(applied));
 }

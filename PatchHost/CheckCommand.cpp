@@ -43,14 +43,7 @@ public:
             return; // of the monitor
         ++m_nCalls;
         m_nValue = value;
-        try
-        {
-            m_revision = ReadPolicyRevision().value_or("");
-        }
-        catch (const CCommandError& e) // not for the library to meet
-        {
-            m_revision = e.what();
-        }
+        m_revision = PolicyRevisionText();
     }
 
     const DWORD m_dwThread = ::GetCurrentThreadId();

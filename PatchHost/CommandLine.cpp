@@ -122,26 +122,20 @@ void AddCommonOptions(CLI::App& app, COptions& options)
     app.add_flag("--json", options.bJson, "one JSON object, or one a line, in place of text");
 }
 
-void AddFile(CLI::App& command, COptions& options, const char* szDescription)
+/// @param nMost  how many; below 0 for any number from one on.
+void AddFiles(CLI::App& command, COptions& options, int nMost, const char* szDescription)
 {
-    command.add_option("FILE", options.files, szDescription)->required()->expected(1)->type_name("");
+    command.add_option("FILE", options.files, szDescription)->required()->expected(1, nMost)->type_name("");
 }
 
 void AddOwnOptions(const std::map<std::string, CLI::App*>& commands, COptions& options)
 {
     for (const char* const szName : { "run", "translate", "apply" })
-        AddFile(*commands.at(szName), options, "the policy document, - for standard input");
-    commands.at("validate")
-        ->add_option("FILE", options.files, "the documents, - for standard input")
-        ->required()
-        ->expected(1, -1)
-        ->type_name("");
-    commands.at("record")
-        ->add_option("FILE", options.files, "the file to write, - for standard output; then the policies to hand in")
-        ->required()
-        ->expected(1, -1)
-        ->type_name("");
-    AddFile(*commands.at("replay"), options, "the recorded session");
+        AddFiles(*commands.at(szName), options, 1, "the policy document, - for standard input");
+    AddFiles(*commands.at("validate"), options, -1, "the documents, - for standard input");
+    AddFiles(*commands.at("record"), options, -1,
+             "the file to write, - for standard output; then the policies to hand in");
+    AddFiles(*commands.at("replay"), options, 1, "the recorded session");
     commands.at("translate")->add_flag("--raw", options.bRaw, "the document as the service gets it");
     commands.at("translate")->add_flag("--explain", options.bExplain, "each setting beside what it came from");
     commands.at("status")->add_flag("--raw", options.bRaw, "the document as the host gets it");
@@ -185,13 +179,15 @@ std::string CommonOptions(const CLI::App& app)
 void RefuseLeftovers(const CLI::App& app)
 {
     const std::vector<std::string> left = app.remaining(true);
+    if (!app.get_subcommands().empty())
+    {
+        if (!left.empty())
+            throw CCommandError(ExitUsage, Unexpected(app, left.front()));
+        return;
+    }
     const auto word = std::find_if(left.begin(), left.end(), [](const std::string& s) { return s[0] != '-'; });
-    if (!app.get_subcommands().empty() && !left.empty())
-        throw CCommandError(ExitUsage, Unexpected(app, left.front()));
-    if (app.get_subcommands().empty() && word != left.end())
-        throw CCommandError(ExitUsage, UnknownCommand(*word));
-    if (app.get_subcommands().empty())
-        throw CCommandError(ExitUsage, "a command is required; see patchhost --help");
+    throw CCommandError(ExitUsage,
+                        word != left.end() ? UnknownCommand(*word) : "a command is required; see patchhost --help");
 }
 
 } // namespace

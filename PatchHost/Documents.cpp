@@ -1,6 +1,5 @@
 #include "Documents.h"
 
-#include "Options.h"
 #include "Output.h"
 
 #include <filesystem>
@@ -18,14 +17,14 @@ std::string ReadAll(std::istream& stream)
 
 } // namespace
 
-std::string ReadDocument(const std::string& file)
+std::string ReadDocument(const std::string& file, ExitCode unreadable)
 {
     if (file == "-")
         return ReadAll(std::cin);
     const std::filesystem::path path = std::filesystem::u8path(file);
     std::ifstream stream(path, std::ios::binary);
     if (!stream || std::filesystem::is_directory(path))
-        throw CCommandError(ExitFailed, "cannot read " + file);
+        throw CCommandError(unreadable, "cannot read " + file);
     const std::string document = ReadAll(stream);
     if (document.find('\0') != std::string::npos)
         Note(file + " holds a NUL character: the library sees no more than what stands before it");

@@ -1,7 +1,10 @@
 // Documents as they come from files.
 #pragma once
 
+#include "Options.h"
+
 #include <string>
 
-/// A file's bytes. @param file  UTF-8; "-" is standard input. @throw CCommandError when it cannot be read.
-std::string ReadDocument(const std::string& file);
+/// A file's bytes. @param file  UTF-8; "-" is standard input. @param unreadable  the code of the CCommandError that is
+/// thrown when it cannot be read.
+std::string ReadDocument(const std::string& file, ExitCode unreadable = ExitFailed);

@@ -67,6 +67,18 @@ std::optional<std::string> ReadPolicyRevision()
     return WideToUtf8(TextFromBytes(bytes));
 }
 
+std::string PolicyRevisionText()
+{
+    try
+    {
+        return ReadPolicyRevision().value_or("");
+    }
+    catch (const CCommandError& e)
+    {
+        return e.what();
+    }
+}
+
 void WritePolicyRevision(const std::string& revision)
 {
     HKEY hKey = nullptr;

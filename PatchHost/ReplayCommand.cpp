@@ -62,10 +62,10 @@ std::vector<CJson> ReadRecording(const std::string& file)
     for (std::string line; std::getline(stream, line);)
     {
         events.push_back(CJson::parse(line, nullptr, false));
-        if (!events.back().is_object() || !IsHeader(events.front()))
-            throw CCommandError(ExitFailed,
-                                file + (IsHeader(events.front()) ? " is broken in line " + std::to_string(events.size())
-                                                                 : std::string(" is no recording")));
+        if (!IsHeader(events.front()))
+            throw CCommandError(ExitFailed, file + " is no recording");
+        if (!events.back().is_object())
+            throw CCommandError(ExitFailed, file + " is broken in line " + std::to_string(events.size()));
     }
     if (events.size() < 2)
         throw CCommandError(ExitFailed, file + " holds no calls");

@@ -66,7 +66,7 @@ std::optional<std::string> AwaitService(CStatusObserver& observer, bool bRuns)
 
 void Register(CSession& session, const COutput& out, CStatusObserver& observer)
 {
-    session.Call("RegisterStateObserver", [&](IAdapter& adapter) { adapter.RegisterStateObserver(&observer); });
+    session.Register(observer);
     const std::optional<std::string> first = observer.Take(0);
     Require(first.has_value(), "a new observer is told the current status");
     Tell(out, "the new observer was told", *first);
@@ -75,9 +75,7 @@ void Register(CSession& session, const COutput& out, CStatusObserver& observer)
 /// @return whether the policy was accepted.
 bool HandIn(CSession& session, const std::string& policy)
 {
-    const CCallTrace trace(session.GetSink());
-    session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(policy.c_str()); });
-    const std::optional<CRefusal> refusal = FindRefusal(trace.GetLines(), policy);
+    const std::optional<CRefusal> refusal = FindRefusal(session.SetConfiguration(policy), policy);
     if (refusal)
         Note("the policy is refused\n" + RefusalText(*refusal));
     return !refusal;
@@ -107,10 +105,9 @@ bool Apply(CSession& session, const COutput& out, CStatusObserver& observer, con
 
 void AskForStatus(CSession& session, const COutput& out)
 {
-    CStatusReceiver receiver;
-    session.Call("GetStatus", [&](IAdapter& adapter) { adapter.GetStatus(&receiver); });
-    Require(receiver.GetStatus().has_value(), "a status document comes");
-    Tell(out, "the status document, asked for", *receiver.GetStatus());
+    const std::optional<std::string> status = session.GetStatus();
+    Require(status.has_value(), "a status document comes");
+    Tell(out, "the status document, asked for", *status);
 }
 
 void ChangeService(CSession& session, const COutput& out, CStatusObserver& observer, bool bRuns)
@@ -148,6 +145,6 @@ int RunCommand(const COptions& options)
     Require(session.GetSink().AwaitMonitor(s_nMonitorSeconds * s_dwSecond), "the monitor sees that the service runs");
     ChangeService(session, out, observer, false);
     ChangeService(session, out, observer, true);
-    session.Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
+    session.Deregister(observer);
     return UnlessInterrupted(ExitDone);
 }

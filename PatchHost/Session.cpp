@@ -1,5 +1,6 @@
 #include "Session.h"
 
+#include "Callbacks.h"
 #include "Documents.h"
 #include "Output.h"
 
@@ -12,17 +13,10 @@ std::string ReadScript(const COptions& options)
 {
     if (options.serviceScript.empty())
         return std::string();
-    try
-    {
-        const std::string script = ReadDocument(options.serviceScript);
-        if (!script.empty())
-            return script;
-    }
-    catch (const CCommandError& e)
-    {
-        throw CCommandError(ExitUsage, e.what());
-    }
-    throw CCommandError(ExitUsage, options.serviceScript + " is empty; a service script is a JSON object");
+    const std::string script = ReadDocument(options.serviceScript, ExitUsage);
+    if (script.empty())
+        throw CCommandError(ExitUsage, options.serviceScript + " is empty; a service script is a JSON object");
+    return script;
 }
 
 CSession::CSession(const COptions& options, ServiceKind kind, RecordKind record)
@@ -41,4 +35,28 @@ CSession::~CSession()
 {
     Note("stopping the adapter, which can take ten seconds");
     m_adapter.Stop();
+}
+
+void CSession::Register(IStateObserver& observer)
+{
+    Call("RegisterStateObserver", [&](IAdapter& adapter) { adapter.RegisterStateObserver(&observer); });
+}
+
+void CSession::Deregister(IStateObserver& observer)
+{
+    Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
+}
+
+std::vector<CTraceLine> CSession::SetConfiguration(const std::string& document)
+{
+    const CCallTrace trace(m_sink);
+    Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(document.c_str()); });
+    return trace.GetLines();
+}
+
+std::optional<std::string> CSession::GetStatus()
+{
+    CStatusReceiver receiver;
+    Call("GetStatus", [&](IAdapter& adapter) { adapter.GetStatus(&receiver); });
+    return receiver.GetStatus();
 }

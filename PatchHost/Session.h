@@ -11,6 +11,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 class CSession
 {
@@ -35,6 +36,17 @@ public:
         const CTimeLimit limit(m_nTimeoutMs, name);
         operation(*m_adapter);
     }
+
+    // Operations of the adapter that several commands call, each within the time limit.
+
+    void Register(IStateObserver& observer);
+    void Deregister(IStateObserver& observer);
+
+    /// Hands a document in. @return what the library logged meanwhile on the calling thread.
+    std::vector<CTraceLine> SetConfiguration(const std::string& document);
+
+    /// The status document in the ANSI code page; nothing when none comes.
+    std::optional<std::string> GetStatus();
 
     CTraceSink& GetSink() { return m_sink; }
     CPatchService& GetService() { return m_service; }

@@ -1,5 +1,4 @@
 // status: the current status document and what it means.
-#include "Callbacks.h"
 #include "Commands.h"
 #include "Interrupt.h"
 #include "Session.h"
@@ -10,18 +9,17 @@ int StatusCommand(const COptions& options)
 {
     const COutput out(options.bJson);
     CSession session(options);
-    CStatusReceiver receiver;
-    session.Call("GetStatus", [&](IAdapter& adapter) { adapter.GetStatus(&receiver); });
-    if (!receiver.GetStatus())
+    const std::optional<std::string> document = session.GetStatus();
+    if (!document)
         throw std::runtime_error("the library built no status document; run again with --trace error to see why");
-    const std::string raw = AnsiToUtf8(*receiver.GetStatus());
+    const std::string raw = AnsiToUtf8(*document);
     if (options.bRaw)
     {
         out.Text(raw + "\n");
         out.Json({ { "document", raw } });
         return UnlessInterrupted(ExitDone);
     }
-    const CStatus status = ParseStatus(*receiver.GetStatus());
+    const CStatus status = ParseStatus(*document);
     CJson json = StatusJson(status);
     json["document"] = raw;
     out.Json(json);

@@ -108,11 +108,3 @@ CCallTrace::~CCallTrace()
 {
     m_sink.SetListener(nullptr);
 }
-
-bool CCallTrace::Has(int nKind, const std::string& start) const
-{
-    for (const CTraceLine& line : m_lines)
-        if (line.nKind == nKind && line.text.compare(0, start.size(), start) == 0)
-            return true;
-    return false;
-}

@@ -74,9 +74,6 @@ public:
 
     const std::vector<CTraceLine>& GetLines() const { return m_lines; }
 
-    /// Whether there is a line of the kind that begins with the text.
-    bool Has(int nKind, const std::string& start) const;
-
 private:
     CTraceSink& m_sink;
     std::vector<CTraceLine> m_lines;

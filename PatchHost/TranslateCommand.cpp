@@ -115,9 +115,7 @@ int TranslateCommand(const COptions& options)
     COptions own = options;
     own.serviceScript.clear();
     CSession session(own, ServiceKind::Simulated, RecordKind::Throwaway);
-    const CCallTrace trace(session.GetSink());
-    session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(document.c_str()); });
-    const std::optional<CRefusal> refusal = FindRefusal(trace.GetLines(), document);
+    const std::optional<CRefusal> refusal = FindRefusal(session.SetConfiguration(document), document);
     if (refusal)
     {
         Note(options.files.front() + " is refused\n" + RefusalText(*refusal));

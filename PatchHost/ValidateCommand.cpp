@@ -53,13 +53,12 @@ ExitCode Unreadable(const COutput& out, const std::string& file, const std::stri
 
 ExitCode Validate(CSession& session, const COutput& out, const std::string& file, const std::string& document)
 {
-    const CCallTrace trace(session.GetSink());
-    session.Call("SetConfiguration", [&](IAdapter& adapter) { adapter.SetConfiguration(document.c_str()); });
-    const std::optional<CRefusal> refusal = FindRefusal(trace.GetLines(), document);
+    const std::vector<CTraceLine> lines = session.SetConfiguration(document);
+    const std::optional<CRefusal> refusal = FindRefusal(lines, document);
     if (refusal)
         Refused(out, file, *refusal);
     else
-        Accepted(out, file, trace.GetLines());
+        Accepted(out, file, lines);
     return refusal ? ExitRefused : ExitDone;
 }
 

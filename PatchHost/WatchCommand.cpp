@@ -89,7 +89,7 @@ int WatchCommand(const COptions& options)
     const COutput out(options.bJson);
     CStatusObserver observer;
     CSession session(options);
-    session.Call("RegisterStateObserver", [&](IAdapter& adapter) { adapter.RegisterStateObserver(&observer); });
+    session.Register(observer);
     session.GetService().BeginSteps([](const std::string& word) { Note("the service " + word); });
     const ULONGLONG nStart = ::GetTickCount64();
     {
@@ -104,6 +104,6 @@ int WatchCommand(const COptions& options)
             countdown.Show();
         }
     }
-    session.Call("DeRegisterStateObserver", [&](IAdapter& adapter) { adapter.DeRegisterStateObserver(&observer); });
+    session.Deregister(observer);
     return UnlessInterrupted(ExitDone);
 }
