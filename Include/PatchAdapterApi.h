@@ -24,17 +24,27 @@
 #define PATCHADAPTER_DESTRUCTOR_SLOT 0
 #endif
 
+/// The kinds of trace line: the operations of ILogSink in their order.
+enum PatchTraceKind : int32_t
+{
+    TraceError = 0,   ///< an exception that reached a handler
+    TraceWarning = 1, ///< a failure that is handled without an exception
+    TraceInfo = 2,    ///< normal progress
+    TraceDetail = 3,  ///< values and documents
+    TraceCall = 4     ///< function entry and exit
+};
+
 /// The host's log. The adapter calls it from the host's threads and from its own, several at once.
 /// It must stay valid while the factory and the adapter exist. The format is always "PatchAdapter: %s" and the one
 /// argument behind it the text, so a text is never read as a format. What an operation throws is dropped.
 class ILogSink
 {
 public:
-    virtual void LogError(const char* format, ...) = 0;   ///< kind 0: an exception that reached a catch site
-    virtual void LogWarning(const char* format, ...) = 0; ///< kind 1: a failure that is handled without an exception
-    virtual void LogInfo(const char* format, ...) = 0;    ///< kind 2: normal progress
-    virtual void LogDetail(const char* format, ...) = 0;  ///< kind 3: values and documents
-    virtual void LogTrace(const char* format, ...) = 0;   ///< kind 4: function entry and exit
+    virtual void LogError(const char* format, ...) = 0;   ///< TraceError
+    virtual void LogWarning(const char* format, ...) = 0; ///< TraceWarning
+    virtual void LogInfo(const char* format, ...) = 0;    ///< TraceInfo
+    virtual void LogDetail(const char* format, ...) = 0;  ///< TraceDetail
+    virtual void LogTrace(const char* format, ...) = 0;   ///< TraceCall
 
 protected:
     ~ILogSink() = default;
@@ -177,6 +187,10 @@ typedef void(PATCHADAPTER_CDECL* GetAdapterVersionFunction)(uint32_t* major, uin
 #define PATCHADAPTER_GET_FACTORY_NAME "GetAdapterFactory1_0"
 #define PATCHADAPTER_GET_VERSION_NAME "GetAdapterVersion"
 /// @}
+
+/// The largest policy document that SetConfiguration takes, in bytes without the final NUL: 16 MB. A longer one is
+/// refused.
+#define PATCHADAPTER_MAX_POLICY_BYTES (16u * 1024u * 1024u)
 
 /// @{
 /// The plug-in interface version that this header describes.

@@ -8,16 +8,6 @@
 
 #include <string>
 
-/// The kinds of trace line: the operations of ILogSink in their order.
-enum PatchTraceKind : int
-{
-    TraceError = 0,   ///< an exception that reached a handler
-    TraceWarning = 1, ///< a failure that is handled without an exception
-    TraceInfo = 2,    ///< normal progress
-    TraceDetail = 3,  ///< values and documents
-    TraceCall = 4     ///< function entry and exit
-};
-
 /// Writes trace lines to the host's sink. Silent, at no cost, until it is bound.
 ///
 /// No operation fails: a text that cannot be built or converted and whatever the host throws are dropped.
