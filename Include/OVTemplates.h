@@ -103,7 +103,7 @@ using COvByteBuffer = COvBufferT<BYTE>;
 template <class Src, class Dst>
 void QueryInterfaceChecked(Src* pSource, COvComPtr<Dst>& dest, REFIID iid, const wchar_t* szInterfaceName)
 {
-    COvStackTraceScope scope(L"QueryInterfaceChecked", OVTEMPLATES_SOURCE, __LINE__, COvStackTrace::Get());
+    OV_SCOPE_IN(OVTEMPLATES_SOURCE, L"QueryInterfaceChecked");
     const HRESULT hr = pSource->QueryInterface(iid, reinterpret_cast<void**>(dest.Receive()));
     if (SUCCEEDED(hr))
         return;

@@ -56,16 +56,14 @@ public:
     /// Closes the handle when there is one; the object is empty afterwards.
     virtual void Close()
     {
-        COvStackTraceScope scope(L"COvHandleT<void *,class CHandleInfoT<void *> >::Close", s_szSource, __LINE__,
-                                 COvStackTrace::Get());
+        OV_SCOPE(L"COvHandleT<void *,class CHandleInfoT<void *> >::Close");
         CloseHeld();
     }
 
     /// Closes the handle held before and takes h over.
     virtual void Set(const T& h)
     {
-        COvStackTraceScope scope(L"COvHandleT<void *,class CHandleInfoT<void *> >::Set", s_szSource, __LINE__,
-                                 COvStackTrace::Get());
+        OV_SCOPE(L"COvHandleT<void *,class CHandleInfoT<void *> >::Set");
         Close();
         m_h = h;
     }
@@ -73,8 +71,7 @@ public:
     /// Hands the handle to the caller, who closes it; the object is empty afterwards.
     virtual T Release()
     {
-        COvStackTraceScope scope(L"COvHandleT<void *,class CHandleInfoT<void *> >::Release", s_szSource, __LINE__,
-                                 COvStackTrace::Get());
+        OV_SCOPE(L"COvHandleT<void *,class CHandleInfoT<void *> >::Release");
         return Detach();
     }
 
@@ -85,8 +82,7 @@ public:
     /// Raises COvException E_FAIL with the Win32 error; the object is then empty.
     void Duplicate(const T& source)
     {
-        COvStackTraceScope scope(L"COvHandleT<void *,class CHandleInfoT<void *> >::Duplicate", s_szSource, __LINE__,
-                                 COvStackTrace::Get());
+        OV_SCOPE(L"COvHandleT<void *,class CHandleInfoT<void *> >::Duplicate");
         Close();
         if (::DuplicateHandle(::GetCurrentProcess(), source, ::GetCurrentProcess(), &m_h, 0, FALSE,
                               DUPLICATE_SAME_ACCESS))

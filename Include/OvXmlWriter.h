@@ -50,14 +50,14 @@ public:
     /// As WriteAttrW. A text ends at its first zero.
     void WriteAttr(const std::wstring& name, const std::wstring& value, bool bEscape)
     {
-        COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvXmlWriter::WriteAttr");
         WriteAttrW(name.c_str(), value.c_str(), bEscape);
     }
 
     /// As WriteAttrW.
     void WriteAttr(const std::wstring& name, const wchar_t* value, bool bEscape)
     {
-        COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvXmlWriter::WriteAttr");
         WriteAttrW(name.c_str(), value, bEscape);
     }
 
@@ -66,7 +66,7 @@ public:
     template <class T>
     void WriteAttr(const std::wstring& name, const T& value, bool bEscape)
     {
-        COvStackTraceScope scope(L"COvXmlWriter::WriteAttr", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvXmlWriter::WriteAttr");
         WriteAttrW(name.c_str(), AsText(value).c_str(), bEscape);
     }
 
@@ -76,7 +76,7 @@ public:
     /// As WriteStringW. The text ends at its first zero.
     void WriteString(const std::wstring& text, bool bEscape)
     {
-        COvStackTraceScope scope(L"COvXmlWriter::WriteString", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvXmlWriter::WriteString");
         WriteStringW(text.c_str(), bEscape);
     }
 

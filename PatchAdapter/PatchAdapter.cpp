@@ -131,13 +131,13 @@ void CPatchAdapter::SetFeature(void*)
 
 COvCriticalSection* CPatchAdapter::GetObserverCS()
 {
-    const COvStackTraceScope scope(L"CPatchAdapter::GetObserverCS", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CPatchAdapter::GetObserverCS");
     return &m_csObservers;
 }
 
 std::list<IStateObserver*>* CPatchAdapter::GetStateObservers()
 {
-    const COvStackTraceScope scope(L"CPatchAdapter::GetStateObservers", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CPatchAdapter::GetStateObservers");
     return &m_lstStateObservers;
 }
 

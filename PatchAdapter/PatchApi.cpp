@@ -40,7 +40,7 @@ bool CPatchApi::Guard(const wchar_t* szFailure, Work&& work) noexcept
 
 bool CPatchApi::Connect() noexcept
 {
-    const COvStackTraceScope scope(L"CPatchApi::Connect", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CPatchApi::Connect");
     return m_spApi || Guard(L"Exception occurred connecting to the Patch API", [&] { return CreateApi(); });
 }
 
@@ -65,7 +65,7 @@ bool CPatchApi::ConnectOrReport() noexcept
 
 bool CPatchApi::SetPolicySettings(const std::wstring& settingsXml) noexcept
 {
-    const COvStackTraceScope scope(L"CPatchApi::SetPolicySettings", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CPatchApi::SetPolicySettings");
     return ConnectOrReport() &&
            Guard(L"Exception occurred applying policy settings", [&] { return PushSettings(settingsXml); });
 }
@@ -88,7 +88,7 @@ bool CPatchApi::GetStatusInfo(bool* pbWuaInstalled, bool* pbWuaCompatible, std::
                               std::wstring* pstrWuaRequiredVersion, bool* pbAssessmentEnabled,
                               bool* pbServerKeyStatus) noexcept
 {
-    const COvStackTraceScope scope(L"CPatchApi::GetStatusInfo", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CPatchApi::GetStatusInfo");
     *pbWuaInstalled = false;
     return ConnectOrReport() && Guard(L"Exception occurred retrieving status information", [&] {
                return ReadBool(StateWuaInstalled, L"Unable to retrieve Windows Update Agent installed state",
@@ -136,7 +136,7 @@ bool CPatchApi::ReadVersion(PatchApiStateId stateId, const wchar_t* szFailure, s
 
 std::wstring CPatchApi::ObtainErrorInfo() noexcept
 {
-    const COvStackTraceScope scope(L"CPatchApi::ObtainErrorInfo", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CPatchApi::ObtainErrorInfo");
     try
     {
         return OvTakeErrorInfoText(L"IErrorInfo Desc: ");

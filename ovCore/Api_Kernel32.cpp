@@ -13,6 +13,6 @@ CApi_Kernel32::CApi_Kernel32() : COvDynamicLib(L"kernel32.dll", nullptr, LOAD_LI
 
 BOOL CApi_Kernel32::IsWow64Process(HANDLE hProcess, BOOL* pbWow64) const
 {
-    COvStackTraceScope scope(L"CApi_Kernel32::IsWow64Process", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"CApi_Kernel32::IsWow64Process");
     return GetProc<BOOL WINAPI(HANDLE, BOOL*)>(L"IsWow64Process", true)(hProcess, pbWow64);
 }

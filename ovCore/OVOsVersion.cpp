@@ -207,13 +207,13 @@ LONG OvOsArchitectureOf(WORD wNative)
 
 bool COVOsVersion::AreBothPartsSet(const COVOsVersion& a, const COVOsVersion& b, size_t bit) const
 {
-    COvStackTraceScope scope(L"COVOsVersion::AreBothPartsSet", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::AreBothPartsSet");
     return a.m_Flags.test(bit) && b.m_Flags.test(bit);
 }
 
 COVOsVersion& COVOsVersion::GetCurrent()
 {
-    COvStackTraceScope scope(L"COVOsVersion::GetCurrent", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::GetCurrent");
     static COVOsVersion s_current;
     std::exception_ptr pFailure;
     [[maybe_unused]] static const bool s_bLoadTried = [&pFailure] { // other threads wait here while one loads
@@ -234,14 +234,14 @@ COVOsVersion& COVOsVersion::GetCurrent()
 
 void COVOsVersion::LoadCurrent()
 {
-    COvStackTraceScope scope(L"COVOsVersion::LoadCurrent", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::LoadCurrent");
     m_Flags.reset();
     Load(OvReadOsRecord());
 }
 
 void COVOsVersion::Load(const COvOsRecord& record)
 {
-    COvStackTraceScope scope(L"COVOsVersion::Load", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::Load");
     const COvOsNumber& version = record.reported;
     m_Version.SetVersion(Joined(version.dwMajor, version.dwMinor) + L"." + std::to_wstring(version.dwBuild));
     m_Flags.set(PartVersion);
@@ -264,18 +264,18 @@ void COVOsVersion::Load(const COvOsRecord& record)
 
 bool COVOsVersion::IsPlatformNtBased() const
 {
-    COvStackTraceScope scope(L"COVOsVersion::IsPlatformNtBased", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::IsPlatformNtBased");
     return m_lFlavour >= OsWindowsNt && m_lFlavour <= OsServerLater;
 }
 
 bool COVOsVersion::IsPlatform9xBased() const
 {
-    COvStackTraceScope scope(L"COVOsVersion::IsPlatform9xBased", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::IsPlatform9xBased");
     return m_lFlavour >= OsWindows95 && m_lFlavour <= OsWindowsMe;
 }
 
 bool COVOsVersion::IsPlatform64() const
 {
-    COvStackTraceScope scope(L"COVOsVersion::IsPlatform64", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COVOsVersion::IsPlatform64");
     return m_lArchitecture == 9;
 }

@@ -59,13 +59,13 @@ std::wstring AuthorityText(const SID_IDENTIFIER_AUTHORITY& authority)
 
 COvProcessInfo::COvProcessInfo(const std::wstring& wzPath, DWORD dwProcessId) : m_dwProcessId(dwProcessId)
 {
-    COvStackTraceScope scope(L"COvProcessInfo::COvProcessInfo", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessInfo::COvProcessInfo");
     COvFile::GetFileNameParts(wzPath, &m_wzFolder, nullptr, nullptr, &m_wzName);
 }
 
 COvHandle COvProcessInfo::GetTokenFromPID(DWORD dwProcessId)
 {
-    COvStackTraceScope scope(L"COvProcessInfo::GetTokenFromPID", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessInfo::GetTokenFromPID");
     constexpr BOOL bInheritable = TRUE;
     const COvHandle process(::OpenProcess(PROCESS_ALL_ACCESS, bInheritable, dwProcessId));
     HANDLE hToken = nullptr;
@@ -76,7 +76,7 @@ COvHandle COvProcessInfo::GetTokenFromPID(DWORD dwProcessId)
 
 std::wstring COvProcessInfo::GetTextualSID(bool bDefault) const
 {
-    COvStackTraceScope scope(L"COvProcessInfo::GetTextualSID", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessInfo::GetTextualSID");
     const std::wstring wzDefault = bDefault ? L".DEFAULT" : L"";
     if (COVOsVersion::GetCurrent().IsPlatform9xBased())
         return wzDefault;
@@ -90,7 +90,7 @@ std::wstring COvProcessInfo::GetTextualSID(bool bDefault) const
 
 std::wstring COvProcessInfo::GetTextual(PSID pSid)
 {
-    COvStackTraceScope scope(L"COvProcessInfo::GetTextual", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessInfo::GetTextual");
     if (!::IsValidSid(pSid))
         OvRaise(E_FAIL, s_szSource, __LINE__, COvEvidence(L"Info Msg", L"Sid invalid"));
     std::wstring text = L"S-1-" + AuthorityText(*::GetSidIdentifierAuthority(pSid));

@@ -96,7 +96,7 @@ std::tm ToFields(double dValue)
 
 COvDateTime::COvDateTime(const SYSTEMTIME& time)
 {
-    COvStackTraceScope scope(L"COvDateTime::COvDateTime", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDateTime::COvDateTime");
     m_nStatus = IsInCalendar(time) ? STATUS_VALID : STATUS_INVALID;
     if (m_nStatus != STATUS_VALID)
         return;
@@ -107,7 +107,7 @@ COvDateTime::COvDateTime(const SYSTEMTIME& time)
 
 COvDateTime COvDateTime::Now()
 {
-    COvStackTraceScope scope(L"COvDateTime::Now", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDateTime::Now");
     SYSTEMTIME time = {};
     ::GetSystemTime(&time);
     return COvDateTime(time);
@@ -115,7 +115,7 @@ COvDateTime COvDateTime::Now()
 
 std::wstring COvDateTime::Format(const wchar_t* format) const
 {
-    COvStackTraceScope scope(L"COvDateTime::Format", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDateTime::Format");
     if (m_nStatus != STATUS_VALID || m_dValue < MIN_VALUE || m_dValue > MAX_VALUE || format == nullptr)
         return std::wstring();
     const std::tm fields = ToFields(m_dValue);
@@ -126,6 +126,6 @@ std::wstring COvDateTime::Format(const wchar_t* format) const
 
 COvEvidence COvDateTime::GetEvidence(const wchar_t* szName) const
 {
-    COvStackTraceScope scope(L"COvDateTime::GetEvidence", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDateTime::GetEvidence");
     return COvEvidence(szName != nullptr ? szName : L"DateTime", Format(DISPLAY_FORM));
 }

@@ -16,14 +16,14 @@ COvDynamicAPI::~COvDynamicAPI() = default;
 
 COvDynamicAPI& COvDynamicAPI::Get()
 {
-    COvStackTraceScope scope(L"COvDynamicAPI::Get", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicAPI::Get");
     static COvDynamicAPI s_api;
     return s_api;
 }
 
 void COvDynamicAPI::InitKernel32()
 {
-    COvStackTraceScope scope(L"COvDynamicAPI::InitKernel32", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicAPI::InitKernel32");
     const std::lock_guard<std::mutex> lock(m_lock);
     if (m_pKernel32 == nullptr)
         m_pKernel32 = std::make_unique<CApi_Kernel32>();
@@ -31,7 +31,7 @@ void COvDynamicAPI::InitKernel32()
 
 bool COvDynamicAPI::IsWow64Process(HANDLE hProcess, BOOL* pbWow64)
 {
-    COvStackTraceScope scope(L"COvDynamicAPI::IsWow64Process", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicAPI::IsWow64Process");
     if (!COVOsVersion::GetCurrent().IsPlatform64())
         return true;
     InitKernel32();
@@ -40,7 +40,7 @@ bool COvDynamicAPI::IsWow64Process(HANDLE hProcess, BOOL* pbWow64)
 
 bool COvDynamicAPI::IsCurrentProcessWow64()
 {
-    COvStackTraceScope scope(L"COvDynamicAPI::IsCurrentProcessWow64", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicAPI::IsCurrentProcessWow64");
     BOOL bWow64 = FALSE;
     return !IsWow64Process(::GetCurrentProcess(), &bWow64) && bWow64;
 }

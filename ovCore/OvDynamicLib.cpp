@@ -27,7 +27,7 @@ std::wstring CurrentDirectoryOpt()
 
 COvDynamicLib::COvDynamicLib(const wchar_t* name, HANDLE reserved, DWORD flags)
 {
-    COvStackTraceScope scope(L"COvDynamicLib::COvDynamicLib", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicLib::COvDynamicLib");
     Init(name, reserved, flags, true);
 }
 
@@ -38,7 +38,7 @@ COvDynamicLib::~COvDynamicLib()
 
 void COvDynamicLib::Init(const wchar_t* name, HANDLE reserved, DWORD flags, bool bThrow)
 {
-    COvStackTraceScope scope(L"COvDynamicLib::Init", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicLib::Init");
     if (name == nullptr || *name == L'\0')
         return;
     Clear();
@@ -55,7 +55,7 @@ void COvDynamicLib::Init(const wchar_t* name, HANDLE reserved, DWORD flags, bool
 
 FARPROC COvDynamicLib::GetProcAddr(const wchar_t* tzFuncNm, bool bThrow) const
 {
-    COvStackTraceScope scope(L"COvDynamicLib::GetProcAddr", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicLib::GetProcAddr");
     if (m_hModule == nullptr)
     {
         if (!bThrow)
@@ -74,7 +74,7 @@ FARPROC COvDynamicLib::GetProcAddr(const wchar_t* tzFuncNm, bool bThrow) const
 
 void COvDynamicLib::Clear()
 {
-    COvStackTraceScope scope(L"COvDynamicLib::Clear", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvDynamicLib::Clear");
     if (m_hModule != nullptr)
         ::FreeLibrary(m_hModule);
     m_hModule = nullptr;

@@ -37,14 +37,14 @@ struct CRetryPlan
 COvEvent::COvEvent(bool bInitialState, bool bManualReset, const wchar_t* szName, LPSECURITY_ATTRIBUTES psa)
     : m_bExisted(false)
 {
-    COvStackTraceScope scope(L"COvEvent::COvEvent", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvEvent::COvEvent");
     m_hObject = ::CreateEventW(psa, bManualReset ? TRUE : FALSE, bInitialState ? TRUE : FALSE, szName);
     m_bExisted = ::GetLastError() == ERROR_ALREADY_EXISTS;
 }
 
 COvEvent::COvEvent(const wchar_t*, HANDLE h) : COvSyncObject(h), m_bExisted(h != nullptr)
 {
-    COvStackTraceScope scope(L"COvEvent::COvEvent", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvEvent::COvEvent");
 }
 
 COvEvent::~COvEvent() = default;
@@ -56,14 +56,14 @@ bool COvEvent::Unlock(DWORD)
 
 bool COvEvent::SetEvent()
 {
-    COvStackTraceScope scope(L"COvEvent::SetEvent", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvEvent::SetEvent");
     return ::SetEvent(m_hObject) != FALSE;
 }
 
 COvEvent* COvEvent::OpenWithWait(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
                                  bool bInheritHandle)
 {
-    COvStackTraceScope scope(L"COvEvent::OpenWithWait", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvEvent::OpenWithWait");
     const CRetryPlan plan(dwTotalMs, dwIntervalMs);
     for (DWORD nLeft = std::max<DWORD>(plan.nAttempts, 1); nLeft > 0; --nLeft)
     {

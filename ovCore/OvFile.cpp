@@ -33,7 +33,7 @@ bool CanOpen(const std::wstring& strFile)
 
 bool COvFile::HasDrivePath(const std::wstring& tzFileNm, std::wstring* drive)
 {
-    COvStackTraceScope scope(L"COvFile::HasDrivePath", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::HasDrivePath");
     if (tzFileNm.compare(std::min<size_t>(1, tzFileNm.size()), 2, L":\\") != 0)
         return false;
     Store(drive, tzFileNm.substr(0, 3));
@@ -42,7 +42,7 @@ bool COvFile::HasDrivePath(const std::wstring& tzFileNm, std::wstring* drive)
 
 bool COvFile::HasUncPath(const std::wstring& tzFileNm, std::wstring* root, std::wstring* server, std::wstring* share)
 {
-    COvStackTraceScope scope(L"COvFile::HasUncPath", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::HasUncPath");
     if (tzFileNm.compare(0, 2, L"\\\\") != 0)
         return false;
     const size_t nServerEnd = tzFileNm.find(L'\\', 2);
@@ -60,7 +60,7 @@ bool COvFile::HasUncPath(const std::wstring& tzFileNm, std::wstring* root, std::
 void COvFile::GetFileNameParts(const std::wstring& path, std::wstring* folder, std::wstring* baseName,
                                std::wstring* extension, std::wstring* fileName)
 {
-    COvStackTraceScope scope(L"COvFile::GetFileNameParts", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::GetFileNameParts");
     const size_t nSlash = path.rfind(L'\\');
     const std::wstring strFolder = nSlash != std::wstring::npos ? path.substr(0, nSlash) : std::wstring();
     const std::wstring strName = nSlash != std::wstring::npos ? path.substr(nSlash + 1) : path;
@@ -73,7 +73,7 @@ void COvFile::GetFileNameParts(const std::wstring& path, std::wstring* folder, s
 
 std::wstring COvFile::MakeUnicodeName(const std::wstring& path)
 {
-    COvStackTraceScope scope(L"COvFile::MakeUnicodeName", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::MakeUnicodeName");
     if (HasDrivePath(path, nullptr))
         return L"\\\\?\\" + path;
     if (HasUncPath(path, nullptr, nullptr, nullptr))
@@ -83,7 +83,7 @@ std::wstring COvFile::MakeUnicodeName(const std::wstring& path)
 
 std::wstring COvFile::GetModuleFileNameW(HMODULE module)
 {
-    COvStackTraceScope scope(L"COvFile::GetModuleFileNameW", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::GetModuleFileNameW");
     wchar_t szFile[NAME_BUFFER] = {};
     const DWORD dwLength = ::GetModuleFileNameW(module, szFile, NAME_BUFFER);
     if (dwLength == 0)
@@ -97,7 +97,7 @@ std::wstring COvFile::GetModuleFileNameW(HMODULE module)
 
 std::wstring COvFile::GetModuleFileNameW(const std::wstring& moduleName)
 {
-    COvStackTraceScope scope(L"COvFile::GetModuleFileNameW", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::GetModuleFileNameW");
     if (moduleName.empty())
         return GetModuleFileNameW(nullptr);
     const HMODULE hModule = ::GetModuleHandleW(moduleName.c_str());
@@ -106,7 +106,7 @@ std::wstring COvFile::GetModuleFileNameW(const std::wstring& moduleName)
 
 bool COvFile::FileExists(const std::wstring& tzFileNm, bool bThrow, const wchar_t* tzDesc)
 {
-    COvStackTraceScope scope(L"COvFile::FileExists", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvFile::FileExists");
     const std::wstring strNewFileNm = MakeUnicodeName(tzFileNm);
     const bool bExists = !tzFileNm.empty() && CanOpen(strNewFileNm);
     if (!bExists && bThrow)

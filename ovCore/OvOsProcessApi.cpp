@@ -46,14 +46,14 @@ std::unique_ptr<COvOsProcessApi> MakeRunningSystemsApi()
 
 COvOsProcessApi& COvOsProcessApi::GetApi()
 {
-    COvStackTraceScope scope(L"COvOsProcessApi::GetApi", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvOsProcessApi::GetApi");
     static const std::unique_ptr<COvOsProcessApi> s_pApi = MakeRunningSystemsApi();
     return *s_pApi;
 }
 
 std::unique_ptr<COvOsProcessApi> COvOsProcessApi::MakeApi(const COVOsVersion& version, bool (*pEnablePrivilege)())
 {
-    COvStackTraceScope scope(L"COvOsProcessApi::MakeApi", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvOsProcessApi::MakeApi");
     std::unique_ptr<COvOsProcessApi> pApi(NewApi(version, pEnablePrivilege));
     if (pApi == nullptr)
         OvRaise(E_FAIL, s_szSource, __LINE__, Unsupported(L"Unable to allocate api pointer", version.GetFlavour()));
@@ -62,7 +62,7 @@ std::unique_ptr<COvOsProcessApi> COvOsProcessApi::MakeApi(const COVOsVersion& ve
 
 bool COvOsProcessApi::EnableDebugPrivilege()
 {
-    COvStackTraceScope scope(L"COvOsProcessApi::EnableDebugPrivilege", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvOsProcessApi::EnableDebugPrivilege");
     HANDLE hToken = nullptr;
     if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES | TOKEN_QUERY, &hToken))
         return false;

@@ -18,13 +18,13 @@ constexpr DWORD MAX_PATH_UNITS = 4000;
 
 COvPSProcessApi::COvPSProcessApi()
 {
-    COvStackTraceScope scope(L"COvPSProcessApi::COvPSProcessApi", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvPSProcessApi::COvPSProcessApi");
     EnableDebugPrivilege();
 }
 
 void COvPSProcessApi::Initialize()
 {
-    COvStackTraceScope scope(L"COvPSProcessApi::Initialize", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvPSProcessApi::Initialize");
     constexpr bool bThrow = true;
     m_lib.Init(L"PSAPI.DLL", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32, bThrow);
     m_pEnumProcesses = m_lib.GetProc<EnumProcessesFunction>(L"EnumProcesses", bThrow);
@@ -34,7 +34,7 @@ void COvPSProcessApi::Initialize()
 
 COvProcessCollection COvPSProcessApi::GetAllProcesses() const
 {
-    COvStackTraceScope scope(L"COvPSProcessApi::GetAllProcesses", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvPSProcessApi::GetAllProcesses");
     std::vector<DWORD> ids(MAX_PROCESSES);
     DWORD dwBytes = 0;
     if (!m_pEnumProcesses(ids.data(), MAX_PROCESSES * sizeof(DWORD), &dwBytes))

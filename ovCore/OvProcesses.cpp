@@ -13,7 +13,7 @@ const wchar_t s_szSource[] = L"ovCore\\OVProcessInfo";
 
 size_t COvProcessCollection::GetCount() const
 {
-    COvStackTraceScope scope(L"COvProcessCollection::GetCount", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessCollection::GetCount");
     if (m_processPIDIndex.size() != m_processNameIndex.size())
         OvRaise(E_FAIL, s_szSource, __LINE__,
                 COvEvidence(L"Info Msg", L"Internal State Invalid") +
@@ -24,7 +24,7 @@ size_t COvProcessCollection::GetCount() const
 
 const COvProcessInfo& COvProcessCollection::GetByPID(DWORD dwProcessId, bool& found) const
 {
-    COvStackTraceScope scope(L"COvProcessCollection::GetByPID", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessCollection::GetByPID");
     const auto it = m_processPIDIndex.find(dwProcessId);
     found = it != m_processPIDIndex.end();
     return found ? *it->second : m_empty;
@@ -32,7 +32,7 @@ const COvProcessInfo& COvProcessCollection::GetByPID(DWORD dwProcessId, bool& fo
 
 void COvProcessCollection::AddProcess(const std::wstring& path, DWORD dwProcessId)
 {
-    COvStackTraceScope scope(L"COvProcessCollection::AddProcess", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcessCollection::AddProcess");
     const auto pProcess = std::make_shared<const COvProcessInfo>(path, dwProcessId);
     const auto inserted = m_processPIDIndex.emplace(dwProcessId, pProcess);
     if (!inserted.second)
@@ -50,14 +50,14 @@ void COvProcessCollection::AddProcess(const std::wstring& path, DWORD dwProcessI
 
 const COvProcessCollection& COvProcesses::GetRunning()
 {
-    COvStackTraceScope scope(L"COvProcesses::GetRunning", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcesses::GetRunning");
     m_cache = COvOsProcessApi::GetApi().GetAllProcesses();
     return m_cache;
 }
 
 const COvProcessInfo& COvProcesses::GetProcess(DWORD processId, bool& found)
 {
-    COvStackTraceScope scope(L"COvProcesses::GetProcess", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvProcesses::GetProcess");
     if (m_cache.GetCount() == 0)
         GetRunning();
     return m_cache.GetByPID(processId, found);

@@ -73,19 +73,19 @@ std::wstring HiveOfProcess(DWORD dwProcessId)
 COvRegKey::COvRegKey(LONG nView)
     : m_hRoot(nullptr), m_hKey(nullptr), m_samDesired(KEY_READ), m_nView(nView), m_lLastError(0), m_dwProcessId(0)
 {
-    COvStackTraceScope scope(L"COvRegKey::COvRegKey", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::COvRegKey");
 }
 
 COvRegKey::~COvRegKey()
 {
-    COvStackTraceScope scope(L"COvRegKey::~COvRegKey", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::~COvRegKey");
     if (m_hKey != nullptr)
         ::RegCloseKey(m_hKey);
 }
 
 bool COvRegKey::Create(const std::wstring& path, HKEY hRoot, DWORD samDesired, DWORD dwProcessId)
 {
-    COvStackTraceScope scope(L"COvRegKey::Create", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::Create");
     Close(); // before anything may fail: a failed Create leaves no key open
     HKEY hMappedRoot = hRoot;
     const std::wstring wzMapped = GetModifiedPath(&hMappedRoot, path, dwProcessId);
@@ -99,7 +99,7 @@ bool COvRegKey::Create(const std::wstring& path, HKEY hRoot, DWORD samDesired, D
 LONG COvRegKey::CreateEx(const std::wstring& path, HKEY hRoot, DWORD samDesired, DWORD dwProcessId,
                          DWORD* pdwDisposition, int nOption)
 {
-    COvStackTraceScope scope(L"COvRegKey::CreateEx", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::CreateEx");
     Close();
     std::wstring wzMapped = GetModifiedPath(&hRoot, path, dwProcessId);
     *pdwDisposition = 0;
@@ -113,7 +113,7 @@ LONG COvRegKey::CreateEx(const std::wstring& path, HKEY hRoot, DWORD samDesired,
 
 bool COvRegKey::OpenOpt(const std::wstring& strPath, HKEY hRoot, DWORD samDesired, DWORD dwProcessId)
 {
-    COvStackTraceScope scope(L"COvRegKey::OpenOpt", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::OpenOpt");
     Close();
     std::wstring wzMapped = GetModifiedPath(&hRoot, strPath, dwProcessId);
     HKEY hKey = nullptr;
@@ -128,7 +128,7 @@ bool COvRegKey::OpenOpt(const std::wstring& strPath, HKEY hRoot, DWORD samDesire
 
 void COvRegKey::Close()
 {
-    COvStackTraceScope scope(L"COvRegKey::Close", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::Close");
     if (m_hKey == nullptr)
         return;
     m_lLastError = ::RegCloseKey(m_hKey);
@@ -143,14 +143,14 @@ void COvRegKey::Close()
 
 void COvRegKey::VerifyKeyOpen() const
 {
-    COvStackTraceScope scope(L"COvRegKey::VerifyKeyOpen", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::VerifyKeyOpen");
     if (m_hKey == nullptr)
         OvRaise(E_FAIL, s_szSource, __LINE__, COvEvidence(L"Info Msg", L"There is no registry key open."));
 }
 
 LONG COvRegKey::QueryValue(const std::wstring& tzValNm, DWORD* pdwType, COvByteBuffer& data, unsigned nFlags)
 {
-    COvStackTraceScope scope(L"COvRegKey::QueryValue", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::QueryValue");
     const DWORD dwAsked = *pdwType;
     *pdwType = 0;
     data.Clear();
@@ -170,7 +170,7 @@ LONG COvRegKey::QueryValue(const std::wstring& tzValNm, DWORD* pdwType, COvByteB
 
 bool COvRegKey::GetOptValueType(const std::wstring& name, DWORD* pdwType)
 {
-    COvStackTraceScope scope(L"COvRegKey::GetOptValueType", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::GetOptValueType");
     VerifyKeyOpen();
     COvByteBuffer data;
     DWORD dwType = 0;
@@ -182,7 +182,7 @@ bool COvRegKey::GetOptValueType(const std::wstring& name, DWORD* pdwType)
 
 bool COvRegKey::GetOptStringValue(const std::wstring& tzName, std::wstring& value)
 {
-    COvStackTraceScope scope(L"COvRegKey::GetOptStringValue", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::GetOptStringValue");
     VerifyKeyOpen();
     value.clear();
     COvByteBuffer data;
@@ -200,7 +200,7 @@ bool COvRegKey::GetOptStringValue(const std::wstring& tzName, std::wstring& valu
 
 std::wstring COvRegKey::GetStringValue(const std::wstring& wzName)
 {
-    COvStackTraceScope scope(L"COvRegKey::GetStringValue", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::GetStringValue");
     std::wstring value;
     if (!GetOptStringValue(wzName, value))
         OvRaise(E_FAIL, s_szSource, __LINE__,
@@ -211,7 +211,7 @@ std::wstring COvRegKey::GetStringValue(const std::wstring& wzName)
 
 void COvRegKey::SetValue(const std::wstring& wszName, const std::wstring& value)
 {
-    COvStackTraceScope scope(L"COvRegKey::SetValue", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::SetValue");
     VerifyKeyOpen();
     const size_t nUnits = value.length() + 1;
     COvByteBuffer data;
@@ -226,7 +226,7 @@ void COvRegKey::SetValue(const std::wstring& wszName, const std::wstring& value)
 
 bool COvRegKey::ValueExists(const std::wstring& tzName, LONG nView)
 {
-    COvStackTraceScope scope(L"COvRegKey::ValueExists", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::ValueExists");
     HKEY hRoot = nullptr;
     std::wstring wzKeyPath;
     std::wstring wzValueName;
@@ -241,7 +241,7 @@ bool COvRegKey::ValueExists(const std::wstring& tzName, LONG nView)
 
 HKEY COvRegKey::Str2HKEY(const std::wstring& strHkey)
 {
-    COvStackTraceScope scope(L"COvRegKey::Str2HKEY", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::Str2HKEY");
     const std::wstring wzUpper = COvStringUtil::ToUpper(strHkey);
     for (const CRootName& name : s_rootNames)
         if (wzUpper == name.m_szShort || wzUpper == name.m_szLong)
@@ -252,7 +252,7 @@ HKEY COvRegKey::Str2HKEY(const std::wstring& strHkey)
 
 std::wstring COvRegKey::HKEY2Str(HKEY hKey)
 {
-    COvStackTraceScope scope(L"COvRegKey::HKEY2Str", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::HKEY2Str");
     for (const CRootName& name : s_rootNames)
         if (hKey == name.m_hKey)
             return name.m_szShort;
@@ -261,7 +261,7 @@ std::wstring COvRegKey::HKEY2Str(HKEY hKey)
 
 std::wstring COvRegKey::ValueType2Str(DWORD dwType)
 {
-    COvStackTraceScope scope(L"COvRegKey::ValueType2Str", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::ValueType2Str");
     if (dwType > LAST_VALUE_TYPE)
         OvRaise(E_FAIL, s_szSource, __LINE__,
                 COvEvidence(L"Info Msg", L"Failed to convert enum to string") +
@@ -271,7 +271,7 @@ std::wstring COvRegKey::ValueType2Str(DWORD dwType)
 
 bool COvRegKey::Parse(const std::wstring& full, HKEY* phRoot, std::wstring* rest)
 {
-    COvStackTraceScope scope(L"COvRegKey::Parse", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::Parse");
     const size_t nSplit = full.find(L'\\');
     if (nSplit == std::wstring::npos)
         return false;
@@ -284,7 +284,7 @@ bool COvRegKey::Parse(const std::wstring& full, HKEY* phRoot, std::wstring* rest
 
 bool COvRegKey::Parse(const std::wstring& full, HKEY* phRoot, std::wstring* keyPath, std::wstring* valueName)
 {
-    COvStackTraceScope scope(L"COvRegKey::Parse", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::Parse");
     std::wstring wzRest;
     if (!Parse(full, phRoot, &wzRest))
         return false;
@@ -300,7 +300,7 @@ bool COvRegKey::Parse(const std::wstring& full, HKEY* phRoot, std::wstring* keyP
 
 std::wstring COvRegKey::GetModifiedPath(HKEY* phRoot, const std::wstring& path, DWORD dwProcessId)
 {
-    COvStackTraceScope scope(L"COvRegKey::GetModifiedPath", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::GetModifiedPath");
     m_dwProcessId = dwProcessId;
     std::wstring wzResult = path;
     COvStringUtil::TrimLeft(wzResult, L'\\');
@@ -314,7 +314,7 @@ std::wstring COvRegKey::GetModifiedPath(HKEY* phRoot, const std::wstring& path, 
 
 DWORD COvRegKey::GetWOWDescriptor() const
 {
-    COvStackTraceScope scope(L"COvRegKey::GetWOWDescriptor", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::GetWOWDescriptor");
     const bool bHasViews = COVOsVersion::GetCurrent().GetFlavour() != OsWindows2000;
     return bHasViews ? GetViewFlag(m_nView, IsNative64BitProcess()) : 0;
 }
@@ -330,7 +330,7 @@ DWORD COvRegKey::GetViewFlag(LONG nView, bool bNative64)
 
 DWORD COvRegKey::GetRegOption(int nOption)
 {
-    COvStackTraceScope scope(L"COvRegKey::GetRegOption", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvRegKey::GetRegOption");
     return nOption == OPTION_VOLATILE ? REG_OPTION_VOLATILE : REG_OPTION_NON_VOLATILE;
 }
 

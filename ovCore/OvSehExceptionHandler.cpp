@@ -95,7 +95,7 @@ std::wstring DescribeRecords(const EXCEPTION_RECORD* pRecord)
 
 void SEHtoExceptionTranslation(unsigned int uSEH, EXCEPTION_POINTERS* pExceptionPointers)
 {
-    COvStackTraceScope scope(L"SEHtoExceptionTranslation", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"SEHtoExceptionTranslation");
     try
     {
         RaiseTranslated(uSEH, pExceptionPointers);

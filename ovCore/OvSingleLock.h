@@ -13,7 +13,7 @@ public:
     /// @param bInitialLock  true locks at once, without a time limit.
     COvSingleLock(COvSyncObject* pSync, bool bInitialLock) : m_pSync(pSync), m_hObject(nullptr), m_bAcquired(false)
     {
-        COvStackTraceScope scope(L"COvSingleLock::COvSingleLock", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvSingleLock::COvSingleLock");
         OvCheckPointer(L"pSync", pSync, s_szSource, __LINE__);
         m_hObject = pSync->GetHandle();
         if (bInitialLock)
@@ -29,7 +29,7 @@ public:
     /// @param dwTimeout  milliseconds.  @return whether the object is held now.
     bool Lock(DWORD dwTimeout)
     {
-        COvStackTraceScope scope(L"COvSingleLock::Lock", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvSingleLock::Lock");
         OvCheckPointer(L"m_pSync", m_pSync, s_szSource, __LINE__);
         m_bAcquired = m_pSync->Lock(dwTimeout);
         return m_bAcquired;
@@ -38,7 +38,7 @@ public:
     /// @return true when the object is no longer held, also when it never was. An event cannot be released: false.
     bool Unlock()
     {
-        COvStackTraceScope scope(L"COvSingleLock::Unlock", s_szSource, __LINE__, COvStackTrace::Get());
+        OV_SCOPE(L"COvSingleLock::Unlock");
         OvCheckPointer(L"m_pSync", m_pSync, s_szSource, __LINE__);
         if (m_bAcquired)
             m_bAcquired = !m_pSync->Unlock(INFINITE);

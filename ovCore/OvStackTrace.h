@@ -67,7 +67,7 @@ private:
     DWORD m_nMode = 0; // fixed once constructed, read without the lock
 };
 
-/// A scope of an operation: the first statement of every operation of the core library.
+/// A scope of an operation of the core library; opened with OV_SCOPE.
 /// Costs one look at the mode when the tracer is off. Never fails.
 class COvStackTraceScope
 {
@@ -97,3 +97,11 @@ private:
     LONG m_nDepth = 0;                  // the thread's frames before this scope's own
     COvStackTrace* m_pTracer = nullptr; // null while inactive
 };
+
+/// Opens the scope of an operation, to the end of the block: the first statement of every operation.
+/// @param szFunction  the operation's qualified name, a literal. The source is the file's or the class's s_szSource.
+#define OV_SCOPE(szFunction) OV_SCOPE_IN(s_szSource, szFunction)
+
+/// As OV_SCOPE, where the source has another name. @param szFile  the source's fixed path, a literal.
+#define OV_SCOPE_IN(szFile, szFunction)                                                                                \
+    const COvStackTraceScope ovScope(szFunction, szFile, __LINE__, COvStackTrace::Get())

@@ -54,7 +54,7 @@ std::wstring Widen(std::string_view s, UINT nCodePage)
 template <class Char>
 std::basic_string<Char> FindReplaceT(const Char* szFind, const Char* szReplace, const Char* szSource, LONG* pnCount)
 {
-    const COvStackTraceScope scope(L"FindReplaceT", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"FindReplaceT");
     const auto view = [](const Char* szText) {
         return szText == nullptr ? std::basic_string_view<Char>() : std::basic_string_view<Char>(szText);
     };
@@ -157,13 +157,13 @@ std::wstring COvStringUtil::NarrowToWide(const std::string& s, UINT nCodePage)
 std::wstring COvStringUtil::FindReplace(const wchar_t* szFind, const wchar_t* szReplace, const wchar_t* szSource,
                                         LONG* pnCount)
 {
-    const COvStackTraceScope scope(L"COvStringUtil::FindReplace", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvStringUtil::FindReplace");
     return FindReplaceT(szFind, szReplace, szSource, pnCount);
 }
 
 bool COvStringUtil::IsNumeric(std::wstring_view s, bool bLeadingOnly)
 {
-    const COvStackTraceScope scope(L"COvStringUtil::IsNumeric", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvStringUtil::IsNumeric");
     if (s.empty())
         return false;
 
@@ -175,7 +175,7 @@ bool COvStringUtil::IsNumeric(std::wstring_view s, bool bLeadingOnly)
 
 _variant_t COvStringUtil::VariantChangeType(const VARIANT& vSrc, VARTYPE vtNew, USHORT nFlags)
 {
-    const COvStackTraceScope scope(L"COvStringUtil::VariantChangeType", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvStringUtil::VariantChangeType");
     return vSrc.vt == vtNew ? _variant_t(vSrc) : ChangedVariant(vSrc, vtNew, nFlags);
 }
 

@@ -22,7 +22,7 @@ std::wstring NameOf(const SYSTEM_PROCESS_INFORMATION& process)
 
 void COvSysInfoProcessApi::Initialize()
 {
-    COvStackTraceScope scope(L"COvSysInfoProcessApi::Initialize", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvSysInfoProcessApi::Initialize");
     constexpr bool bThrow = true;
     m_lib.Init(L"NTDLL.DLL", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32, bThrow);
     m_pZwQuerySystemInformation = m_lib.GetProc<ZwQuerySystemInformationFunction>(L"ZwQuerySystemInformation", bThrow);
@@ -30,7 +30,7 @@ void COvSysInfoProcessApi::Initialize()
 
 COvProcessCollection COvSysInfoProcessApi::GetAllProcesses() const
 {
-    COvStackTraceScope scope(L"COvSysInfoProcessApi::GetAllProcesses", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvSysInfoProcessApi::GetAllProcesses");
     const COvHeapBlock block = QueryProcesses();
     COvProcessCollection processes;
     const BYTE* pEntry = static_cast<const BYTE*>(block.get());

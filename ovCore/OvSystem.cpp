@@ -13,7 +13,7 @@ constexpr DWORD DIRECTORY_BUFFER = 1024; // characters, with the terminating zer
 
 std::wstring COvSystem::GetCurrentDirectoryW()
 {
-    COvStackTraceScope scope(L"COvSystem::GetCurrentDirectoryW", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvSystem::GetCurrentDirectoryW");
     wchar_t szDirectory[DIRECTORY_BUFFER] = {};
     const DWORD dwLength = ::GetCurrentDirectoryW(DIRECTORY_BUFFER, szDirectory);
     if (dwLength == 0 || dwLength >= DIRECTORY_BUFFER)

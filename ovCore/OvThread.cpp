@@ -119,7 +119,7 @@ bool COvThread::IsRunning() const
 
 DWORD COvThread::Start(bool bAsync)
 {
-    COvStackTraceScope scope(L"COvThread::Start", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::Start");
     if (m_pThread)
         OvRaise(E_FAIL, s_szSource, __LINE__,
                 COvEvidence(L"Info Msg", L"This instance is already running") + COvEvidence(L"m_szDesc", m_szDesc));
@@ -131,7 +131,7 @@ DWORD COvThread::Start(bool bAsync)
 
 void COvThread::Stop(bool bWait, bool bPumpMessages)
 {
-    COvStackTraceScope scope(L"COvThread::Stop", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::Stop");
     if (!m_pThread)
         return;
     m_pThread->pStopEvent->SetEvent();
@@ -141,7 +141,7 @@ void COvThread::Stop(bool bWait, bool bPumpMessages)
 
 void COvThread::WaitForComplete(bool bPumpMessages)
 {
-    COvStackTraceScope scope(L"COvThread::WaitForComplete", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::WaitForComplete");
     if (TestFlag(FLG_DEL_ON_STOP))
         OvRaise(E_FAIL, s_szSource, __LINE__,
                 COvEvidence(L"Info Msg", L"This function cannot be called with FLG_DEL_ON_STOP option"));
@@ -156,25 +156,25 @@ void COvThread::WaitForComplete(bool bPumpMessages)
 
 void COvThread::CleanUp()
 {
-    COvStackTraceScope scope(L"COvThread::CleanUp", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::CleanUp");
     m_pThread.reset();
 }
 
 DWORD COvThread::GetThreadId() const
 {
-    COvStackTraceScope scope(L"COvThread::GetThreadId", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::GetThreadId");
     return m_pThread ? m_pThread->nThreadId : ::GetCurrentThreadId();
 }
 
 COvHandle COvThread::GetThreadHandle() const
 {
-    COvStackTraceScope scope(L"COvThread::GetThreadHandle", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::GetThreadHandle");
     return m_pThread ? COvHandle(m_pThread->hThread) : COvHandle(::GetCurrentThread());
 }
 
 void COvThread::RunSync(COvThread* pThdCls)
 {
-    COvStackTraceScope scope(L"COvThread::RunSync", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::RunSync");
     if (pThdCls == nullptr)
         OvRaise(E_FAIL, s_szSource, __LINE__, COvEvidence(L"Info Msg", L"NULL class specified on RunSync call."));
     pThdCls->ClearFlag(FLG_RUNNING);
@@ -183,7 +183,7 @@ void COvThread::RunSync(COvThread* pThdCls)
 
 HANDLE COvThread::RunAsync(COvThread* pThdCls, DWORD* pThreadId)
 {
-    COvStackTraceScope scope(L"COvThread::RunAsync", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::RunAsync");
     if (pThdCls == nullptr)
         OvRaise(E_FAIL, s_szSource, __LINE__, COvEvidence(L"Info Msg", L"NULL class specified on RunAsync call."));
     pThdCls->SetFlag(FLG_RUNNING);
@@ -207,7 +207,7 @@ HANDLE COvThread::RunAsync(COvThread* pThdCls, DWORD* pThreadId)
 unsigned __stdcall COvThread::ThreadProc(void* pThdCls)
 {
     ::_set_se_translator(SEHtoExceptionTranslation);
-    COvStackTraceScope scope(L"COvThread::ThreadProc", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThread::ThreadProc");
     COvThread* const pThread = static_cast<COvThread*>(pThdCls);
     CRun run;
     try

@@ -16,7 +16,7 @@ COvThreadMgr::~COvThreadMgr() = default;
 
 COvThreadMgr* COvThreadMgr::Get()
 {
-    COvStackTraceScope scope(L"COvThreadMgr::Get", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThreadMgr::Get");
     static COvThreadMgr s_instance;
     return &s_instance;
 }
@@ -29,7 +29,7 @@ COvEvidence COvThreadMgr::GetEvidence(const wchar_t*) const
 
 void COvThreadMgr::Register(COvThread* pThread)
 {
-    COvStackTraceScope scope(L"COvThreadMgr::Register", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThreadMgr::Register");
     COvSingleLock lock(&m_cs, true);
     const COvHandle hThread = pThread->GetThreadHandle();
     const DWORD nThreadId = pThread->GetThreadId();
@@ -39,7 +39,7 @@ void COvThreadMgr::Register(COvThread* pThread)
 
 void COvThreadMgr::Unregister(DWORD nThreadId)
 {
-    COvStackTraceScope scope(L"COvThreadMgr::Unregister", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvThreadMgr::Unregister");
     COvSingleLock lock(&m_cs, true);
     m_mapThreads.erase(nThreadId != 0 ? nThreadId : ::GetCurrentThreadId());
 }

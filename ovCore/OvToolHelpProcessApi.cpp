@@ -16,15 +16,14 @@ const wchar_t s_szUnknownPath[] = L"System";
 
 COvToolHelpProcessApi::COvToolHelpProcessApi(bool bNtBased) : m_bNtBased(bNtBased)
 {
-    COvStackTraceScope scope(L"COvToolHelpProcessApi::COvToolHelpProcessApi", s_szSource, __LINE__,
-                             COvStackTrace::Get());
+    OV_SCOPE(L"COvToolHelpProcessApi::COvToolHelpProcessApi");
     if (bNtBased)
         EnableDebugPrivilege();
 }
 
 void COvToolHelpProcessApi::Initialize()
 {
-    COvStackTraceScope scope(L"COvToolHelpProcessApi::Initialize", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvToolHelpProcessApi::Initialize");
     constexpr bool bThrow = true;
     m_lib.Init(L"Kernel32.DLL", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32, bThrow);
     m_pCreateToolhelp32Snapshot = m_lib.GetProc<CreateToolhelp32SnapshotFunction>(L"CreateToolhelp32Snapshot", bThrow);
@@ -36,7 +35,7 @@ void COvToolHelpProcessApi::Initialize()
 
 COvProcessCollection COvToolHelpProcessApi::GetAllProcesses() const
 {
-    COvStackTraceScope scope(L"COvToolHelpProcessApi::GetAllProcesses", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvToolHelpProcessApi::GetAllProcesses");
     const COvHandle snapshot(m_pCreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
     if (!snapshot.IsValid())
     {

@@ -32,19 +32,19 @@ wchar_t* WritePart(wchar_t* p, USHORT nPart)
 
 COvVersion::COvVersion(USHORT nFirst, USHORT nSecond, USHORT nThird, USHORT nFourth)
 {
-    COvStackTraceScope scope(L"COvVersion::COvVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::COvVersion");
     SetVersion(nFirst, nSecond, nThird, nFourth);
 }
 
 COvVersion::COvVersion(const wchar_t* szText)
 {
-    COvStackTraceScope scope(L"COvVersion::COvVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::COvVersion");
     SetVersion(szText);
 }
 
 bool COvVersion::SetVersion(USHORT nFirst, USHORT nSecond, USHORT nThird, USHORT nFourth)
 {
-    COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::SetVersion");
     const USHORT nParts[MAX_PARTS] = { nFirst, nSecond, nThird, nFourth };
     std::copy(std::begin(nParts), std::end(nParts), m_nParts);
     m_nCount = MAX_PARTS;
@@ -53,20 +53,20 @@ bool COvVersion::SetVersion(USHORT nFirst, USHORT nSecond, USHORT nThird, USHORT
 
 bool COvVersion::SetVersion(DWORD dwFileVersionMS, DWORD dwFileVersionLS)
 {
-    COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::SetVersion");
     return SetVersion(HIWORD(dwFileVersionMS), LOWORD(dwFileVersionMS), HIWORD(dwFileVersionLS),
                       LOWORD(dwFileVersionLS));
 }
 
 bool COvVersion::SetVersion(const wchar_t* szText)
 {
-    COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::SetVersion");
     return ReadParts(szText != nullptr ? szText : L"");
 }
 
 bool COvVersion::SetVersion(std::wstring strText)
 {
-    COvStackTraceScope scope(L"COvVersion::SetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::SetVersion");
     return ReadParts(strText);
 }
 
@@ -90,25 +90,25 @@ bool COvVersion::ReadParts(std::wstring_view text)
 
 bool COvVersion::operator==(const COvVersion& other) const
 {
-    COvStackTraceScope scope(L"COvVersion::operator==", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::operator==");
     return std::equal(m_nParts, m_nParts + std::min(m_nCount, other.m_nCount), other.m_nParts);
 }
 
 bool COvVersion::operator!=(const COvVersion& other) const
 {
-    COvStackTraceScope scope(L"COvVersion::operator!=", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::operator!=");
     return !(*this == other);
 }
 
 bool COvVersion::IsValid() const
 {
-    COvStackTraceScope scope(L"COvVersion::IsValid", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::IsValid");
     return m_nCount > 0 && *this != COvVersion();
 }
 
 std::wstring COvVersion::AsStr() const
 {
-    COvStackTraceScope scope(L"COvVersion::AsStr", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::AsStr");
     wchar_t szText[MAX_PARTS * 6]; // at most "65535." each
     wchar_t* pEnd = szText;
     for (LONG i = 0; i < m_nCount; ++i)
@@ -122,6 +122,6 @@ std::wstring COvVersion::AsStr() const
 
 COvEvidence COvVersion::GetEvidence(const wchar_t* szName) const
 {
-    COvStackTraceScope scope(L"COvVersion::GetEvidence", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersion::GetEvidence");
     return COvEvidence(szName != nullptr ? szName : L"Version", AsStr());
 }

@@ -27,7 +27,7 @@ bool FindFile(std::wstring& strFile)
 
 bool COvVersionResource::Open(const std::wstring& path)
 {
-    COvStackTraceScope scope(L"COvVersionResource::Open", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersionResource::Open");
     std::wstring strFile = path;
     if (!FindFile(strFile))
         return false;
@@ -46,7 +46,7 @@ bool COvVersionResource::Open(const std::wstring& path)
 
 bool COvVersionResource::Open(HMODULE module)
 {
-    COvStackTraceScope scope(L"COvVersionResource::Open", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersionResource::Open");
     if (module == nullptr)
         return false;
     wchar_t szFile[MAX_PATH] = {};
@@ -56,14 +56,14 @@ bool COvVersionResource::Open(HMODULE module)
 
 bool COvVersionResource::Query(const wchar_t* subBlock, void** value, UINT* length)
 {
-    COvStackTraceScope scope(L"COvVersionResource::Query", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersionResource::Query");
     return m_block.Size() != 0 && ::VerQueryValueW(m_block.Data(), subBlock, value, length) && *value != nullptr &&
            *length != 0;
 }
 
 const VS_FIXEDFILEINFO* COvVersionResource::FixedInfoOpt()
 {
-    COvStackTraceScope scope(L"COvVersionResource::FixedInfoOpt", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersionResource::FixedInfoOpt");
     void* pValue = nullptr;
     UINT nLength = 0;
     const bool bFound = Query(L"\\", &pValue, &nLength) && nLength >= sizeof(VS_FIXEDFILEINFO);
@@ -72,7 +72,7 @@ const VS_FIXEDFILEINFO* COvVersionResource::FixedInfoOpt()
 
 bool COvVersionResource::GetVersion(COvVersion& version)
 {
-    COvStackTraceScope scope(L"COvVersionResource::GetVersion", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvVersionResource::GetVersion");
     version.SetVersion(0, 0, 0, 0);
     const VS_FIXEDFILEINFO* const pInfo = FixedInfoOpt();
     return pInfo != nullptr && version.SetVersion(pInfo->dwFileVersionMS, pInfo->dwFileVersionLS);

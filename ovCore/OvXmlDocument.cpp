@@ -114,7 +114,7 @@ COvXmlDocument::COvXmlDocument(IXMLDOMNode* node, LONG version) : COvXmlNode(nod
 
 void COvXmlDocument::Create()
 {
-    COvStackTraceScope scope(L"COvXmlDocument::Create", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::Create");
     COvXmlDocument created(nullptr, m_nParserVersion);
     const COvComPtr<IXMLDOMDocument> spDoc = created.CreateDoc();
     QueryInterfaceChecked(spDoc.Get(), created.m_spNode, IID_IXMLDOMNode, L"IXMLDOMNode");
@@ -124,7 +124,7 @@ void COvXmlDocument::Create()
 
 COvComPtr<IXMLDOMDocument> COvXmlDocument::CreateDoc()
 {
-    COvStackTraceScope scope(L"COvXmlDocument::CreateDoc", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::CreateDoc");
     HRESULT hr = E_FAIL;
     for (const CGeneration& generation : s_generations)
     {
@@ -147,7 +147,7 @@ COvComPtr<IXMLDOMDocument> COvXmlDocument::CreateDoc()
 
 void COvXmlDocument::SetProperty(BSTR bstrName, const VARIANT& value)
 {
-    COvStackTraceScope scope(L"COvXmlDocument::SetProperty", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::SetProperty");
     RequireNode(__LINE__);
     COvComPtr<IXMLDOMDocument2> spDoc;
     QueryInterfaceChecked(m_spNode.Get(), spDoc, IID_IXMLDOMDocument2, L"IXMLDOMDocument2");
@@ -162,7 +162,7 @@ void COvXmlDocument::SetProperty(BSTR bstrName, const VARIANT& value)
 
 void COvXmlDocument::PreserveWhitespace()
 {
-    COvStackTraceScope scope(L"COvXmlDocument::PreserveWhitespace", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::PreserveWhitespace");
     const COvComPtr<IXMLDOMDocument> spDoc = QueryDocument();
     const HRESULT hr = spDoc->put_preserveWhiteSpace(VARIANT_TRUE);
     if (FAILED(hr))
@@ -173,7 +173,7 @@ void COvXmlDocument::PreserveWhitespace()
 
 bool COvXmlDocument::LoadDoc(BSTR bstrXml, bool bThrow)
 {
-    COvStackTraceScope scope(L"COvXmlDocument::LoadDoc", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::LoadDoc");
     const COvComPtr<IXMLDOMDocument> spDoc = QueryDocument();
     VARIANT_BOOL bLoaded = VARIANT_FALSE;
     const HRESULT hr = spDoc->loadXML(bstrXml, &bLoaded);
@@ -189,7 +189,7 @@ bool COvXmlDocument::LoadDoc(BSTR bstrXml, bool bThrow)
 
 bool COvXmlDocument::LoadDoc(const VARIANT& source, bool bThrow)
 {
-    COvStackTraceScope scope(L"COvXmlDocument::LoadDoc", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::LoadDoc");
     const COvComPtr<IXMLDOMDocument> spDoc = QueryDocument();
     VARIANT_BOOL bLoaded = VARIANT_FALSE;
     const HRESULT hr = spDoc->load(source, &bLoaded);
@@ -204,7 +204,7 @@ bool COvXmlDocument::LoadDoc(const VARIANT& source, bool bThrow)
 
 bool COvXmlDocument::LoadXML(BSTR strSource, bool bIsFile, bool bThrow, bool bPreserveWhitespace)
 {
-    COvStackTraceScope scope(L"COvXmlDocument::LoadXML", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::LoadXML");
     if (!m_spNode)
         Create();
     if (bPreserveWhitespace)
@@ -214,7 +214,7 @@ bool COvXmlDocument::LoadXML(BSTR strSource, bool bIsFile, bool bThrow, bool bPr
 
 std::wstring COvXmlDocument::GetParseError() const
 {
-    COvStackTraceScope scope(L"COvXmlDocument::GetParseError", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlDocument::GetParseError");
     const CParseError error = ReadParseError(m_spNode.Get());
     return L"\nFile Pos:" + std::to_wstring(error.m_nFilePos) + L"\nLine: " + std::to_wstring(error.m_nLine) +
            L"   Line Pos: " + std::to_wstring(error.m_nLinePos) + L"\n\nReason:\n" + OrNone(error.m_wzReason) +

@@ -77,7 +77,7 @@ std::wstring EscapeInAttempts(const std::wstring& strToEncode, size_t nFactor)
 
 std::wstring COvXmlEscape::Escape(const std::wstring& strToEncode)
 {
-    COvStackTraceScope scope(L"COvXmlEscape::Escape", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlEscape::Escape");
     try
     {
         std::wstring strClean;

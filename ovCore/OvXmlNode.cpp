@@ -88,31 +88,31 @@ COvXmlNode::COvXmlNode(COvComPtr<IXMLDOMNode> spNode) : m_spNode(std::move(spNod
 
 COvBstr COvXmlNode::GetNodeName() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetNodeName", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetNodeName");
     return ReadText(&IXMLDOMNode::get_nodeName, L"IXMLDOMNode::get_nodeName", __LINE__);
 }
 
 COvBstr COvXmlNode::GetNodeBaseName() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetNodeBaseName", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetNodeBaseName");
     return ReadText(&IXMLDOMNode::get_baseName, L"IXMLDOMNode::get_baseName()", __LINE__);
 }
 
 COvBstr COvXmlNode::GetText() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetText", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetText");
     return ReadText(&IXMLDOMNode::get_text, L"IXMLDOMNode::get_text", __LINE__);
 }
 
 COvBstr COvXmlNode::GetXML() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetXML", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetXML");
     return ReadText(&IXMLDOMNode::get_xml, L"IXMLDOMNode::get_xml", __LINE__);
 }
 
 bool COvXmlNode::GetOptParent(COvXmlNode& parent) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetOptParent", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetOptParent");
     RequireNode(__LINE__);
     COvComPtr<IXMLDOMNode> spParent;
     const HRESULT hr = m_spNode->get_parentNode(spParent.Receive());
@@ -124,7 +124,7 @@ bool COvXmlNode::GetOptParent(COvXmlNode& parent) const
 
 COvXmlNodeList COvXmlNode::GetChildNodes() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetChildNodes", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetChildNodes");
     RequireNode(__LINE__);
     COvComPtr<IXMLDOMNodeList> spList;
     const HRESULT hr = m_spNode->get_childNodes(spList.Receive());
@@ -137,7 +137,7 @@ COvXmlNodeList COvXmlNode::GetChildNodes() const
 
 COvXmlNodeList COvXmlNode::GetElems(BSTR bstrPattern, bool bRequired) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetElems", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetElems");
     RequireNode(__LINE__);
     COvComPtr<IXMLDOMNodeList> spList;
     const HRESULT hr = m_spNode->selectNodes(bstrPattern, spList.Receive());
@@ -151,14 +151,14 @@ COvXmlNodeList COvXmlNode::GetElems(BSTR bstrPattern, bool bRequired) const
 
 COvXmlNodeList COvXmlNode::SearchForNodes(BSTR bstrPattern) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::SearchForNodes", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::SearchForNodes");
     constexpr bool bRequired = false;
     return GetElems(bstrPattern, bRequired);
 }
 
 COvComPtr<IXMLDOMNamedNodeMap> COvXmlNode::GetAttrs() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetAttrs", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetAttrs");
     RequireNode(__LINE__);
     COvComPtr<IXMLDOMNamedNodeMap> spMap;
     const HRESULT hr = m_spNode->get_attributes(spMap.Receive());
@@ -169,7 +169,7 @@ COvComPtr<IXMLDOMNamedNodeMap> COvXmlNode::GetAttrs() const
 
 COvXmlNode COvXmlNode::GetAttr(BSTR bstrAttrNm, bool bRequired) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetAttr", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetAttr");
     const COvComPtr<IXMLDOMNamedNodeMap> spMap = GetAttrs();
     COvComPtr<IXMLDOMNode> spAttr;
     const HRESULT hr = spMap->getNamedItem(bstrAttrNm, spAttr.Receive());
@@ -184,7 +184,7 @@ COvXmlNode COvXmlNode::GetAttr(BSTR bstrAttrNm, bool bRequired) const
 
 bool COvXmlNode::GetOptAttrValueVar(BSTR name, VARIANT* value) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetOptAttrValueVar", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetOptAttrValueVar");
     RequireNode(__LINE__);
     ::VariantClear(value);
     constexpr bool bRequired = false;
@@ -197,7 +197,7 @@ bool COvXmlNode::GetOptAttrValueVar(BSTR name, VARIANT* value) const
 
 _variant_t COvXmlNode::GetAttrValueVar(BSTR strAttrName) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueVar", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetAttrValueVar");
     _variant_t value;
     if (GetOptAttrValueVar(strAttrName, &value))
         return value;
@@ -209,7 +209,7 @@ _variant_t COvXmlNode::GetAttrValueVar(BSTR strAttrName) const
 
 COvBstr COvXmlNode::GetAttrValueStr(BSTR name) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueStr", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetAttrValueStr");
     _variant_t value = ConvertedValue(name, VT_BSTR);
     if (value.vt != VT_BSTR)
         return COvBstr(L"");
@@ -220,27 +220,27 @@ COvBstr COvXmlNode::GetAttrValueStr(BSTR name) const
 
 bool COvXmlNode::GetAttrValueBool(BSTR name) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueBool", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetAttrValueBool");
     const _variant_t value = ConvertedValue(name, VT_BOOL);
     return value.vt == VT_BOOL && value.boolVal == VARIANT_TRUE;
 }
 
 LONG COvXmlNode::GetAttrValueLong(BSTR name) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::GetAttrValueLong", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::GetAttrValueLong");
     const _variant_t value = ConvertedValue(name, VT_I4);
     return value.vt == VT_I4 ? value.lVal : 0;
 }
 
 void COvXmlNode::CloneNode(COvXmlNode& copy, OvXmlCloneType cloneType) const
 {
-    COvStackTraceScope scope(L"COvXmlNode::CloneNode", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::CloneNode");
     copy.m_spNode = (cloneType == CloneElementOnly ? CloneNodeElementOnly() : Copy(cloneType)).m_spNode;
 }
 
 COvXmlNode COvXmlNode::CloneNodeElementOnly() const
 {
-    COvStackTraceScope scope(L"COvXmlNode::CloneNodeElementOnly", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNode::CloneNodeElementOnly");
     const COvXmlNode copy = Copy(CloneElementOnly);
     for (const COvBstr& strName : AttributeNames(copy))
         if (COvStringUtil::FromBSTR(strName) != L"xmlns")

@@ -32,7 +32,7 @@ std::vector<COvXmlNode> ReadAll(IXMLDOMNodeList* pList)
 
 void COvXmlNodeList::Populate(IXMLDOMNodeList* list)
 {
-    COvStackTraceScope scope(L"COvXmlNodeList::Populate", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlNodeList::Populate");
     try
     {
         m_nodes = ReadAll(list);

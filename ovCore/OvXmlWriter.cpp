@@ -33,7 +33,7 @@ bool IsDocumentOrElement(const COvXmlWriterNode* pNode)
 
 COvXmlWriter::COvXmlWriter(bool bStartDocument)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::COvXmlWriter", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::COvXmlWriter");
     if (bStartDocument)
         WriteStartDocument();
 }
@@ -42,13 +42,13 @@ COvXmlWriter::~COvXmlWriter() = default;
 
 void COvXmlWriter::WriteStartDocument()
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteStartDocument", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteStartDocument");
     m_pCurrent = m_tree.emplace().Document();
 }
 
 void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wchar_t* tzPiText)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteProcessingInstruction", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteProcessingInstruction");
     OvCheckPointer(L"tzPiName", tzPiName, s_szSource, __LINE__);
     OvCheckPointer(L"tzPiText", tzPiText, s_szSource, __LINE__);
     if (m_pCurrent == nullptr)
@@ -63,7 +63,7 @@ void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wch
 
 void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* prefix)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteStartElement", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteStartElement");
     OvCheckPointer(L"tzElemName", tzElemName, s_szSource, __LINE__);
     if (m_pCurrent == nullptr)
         Refuse(__LINE__, L"Cannot open an element. There is no document.", COvEvidence(L"tzElemName", tzElemName));
@@ -76,7 +76,7 @@ void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* p
 
 void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValue, bool bEscape)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteNameSpace", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteNameSpace");
     OvCheckPointer(L"tzPrefix", tzPrefix, s_szSource, __LINE__);
     OvCheckPointer(L"tzValue", tzValue, s_szSource, __LINE__);
     if (!IsElement(m_pCurrent))
@@ -87,7 +87,7 @@ void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValu
 
 void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrValue, bool bEscape)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteAttrW", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteAttrW");
     OvCheckPointer(L"tzAttrName", tzAttrName, s_szSource, __LINE__);
     OvCheckPointer(L"wzAttrValue", wzAttrValue, s_szSource, __LINE__);
     if (!IsElement(m_pCurrent))
@@ -98,7 +98,7 @@ void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrVa
 
 void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteStringW", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteStringW");
     OvCheckPointer(L"wzText", wzText, s_szSource, __LINE__);
     if (!IsDocumentOrElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a string. Previous node was not a document or element.",
@@ -108,7 +108,7 @@ void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
 
 void COvXmlWriter::WriteCData(const wchar_t* tzText)
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteCData", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteCData");
     OvCheckPointer(L"tzText", tzText, s_szSource, __LINE__);
     if (!IsDocumentOrElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a CData section. Previous node was not a document or element.",
@@ -118,7 +118,7 @@ void COvXmlWriter::WriteCData(const wchar_t* tzText)
 
 void COvXmlWriter::WriteEndElement()
 {
-    COvStackTraceScope scope(L"COvXmlWriter::WriteEndElement", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::WriteEndElement");
     if (m_pCurrent == nullptr)
         Refuse(__LINE__, L"Cannot close an element. There is no document.", COvEvidence());
     if (!IsDocumentOrElement(m_pCurrent))
@@ -128,13 +128,13 @@ void COvXmlWriter::WriteEndElement()
 
 std::wstring COvXmlWriter::ToStringW() const
 {
-    COvStackTraceScope scope(L"COvXmlWriter::ToStringW", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::ToStringW");
     return m_tree ? m_tree->Render() : std::wstring();
 }
 
 std::wstring COvXmlWriter::ToString() const
 {
-    COvStackTraceScope scope(L"COvXmlWriter::ToString", s_szSource, __LINE__, COvStackTrace::Get());
+    OV_SCOPE(L"COvXmlWriter::ToString");
     return ToStringW();
 }
 
