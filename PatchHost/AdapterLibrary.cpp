@@ -1,7 +1,7 @@
-#include "AdapterLibrary.h"
+#include "PatchHost/AdapterLibrary.h"
 
-#include "Console.h"
-#include "Text.h"
+#include "PatchHost/Console.h"
+#include "PatchHost/Text.h"
 
 namespace
 {

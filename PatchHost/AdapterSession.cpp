@@ -1,4 +1,4 @@
-#include "AdapterSession.h"
+#include "PatchHost/AdapterSession.h"
 
 CAdapterSession::CAdapterSession(const CAdapterLibrary& library, ILogSink* sink)
     : m_pFactory(library.MakeFactory()), m_pAdapter(m_pFactory->Initialise(nullptr, nullptr, sink, nullptr))

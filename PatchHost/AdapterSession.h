@@ -1,8 +1,8 @@
 // One adapter from its making to its destruction.
 #pragma once
 
-#include "AdapterLibrary.h"
 #include "PatchAdapterApi.h"
+#include "PatchHost/AdapterLibrary.h"
 
 /// Holds a factory and its adapter; stops the adapter when destroyed, unless Stop() was called before.
 class CAdapterSession

@@ -1,7 +1,7 @@
-#include "Boundary.h"
+#include "PatchHost/Boundary.h"
 
-#include "Text.h"
-#include "TimeLimit.h"
+#include "PatchHost/Text.h"
+#include "PatchHost/TimeLimit.h"
 
 #include <map>
 

@@ -1,11 +1,11 @@
 // The calls across the library's boundary, one by one, with all that happens meanwhile, as JSON.
 #pragma once
 
-#include "AdapterLibrary.h"
-#include "Callbacks.h"
-#include "Options.h"
-#include "Output.h"
-#include "TraceSink.h"
+#include "PatchHost/AdapterLibrary.h"
+#include "PatchHost/Callbacks.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/TraceSink.h"
 
 #include <functional>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "Callbacks.h"
+#include "PatchHost/Callbacks.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
-#include "CommandLine.h"
+#include "PatchHost/CommandLine.h"
 
-#include "Commands.h"
-#include "ServiceScript.h"
-#include "Suggestion.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/ServiceScript.h"
+#include "PatchHost/Suggestion.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,7 @@
 // The command line: what can be asked for, and what was.
 #pragma once
 
-#include "Options.h"
+#include "PatchHost/Options.h"
 
 #include <optional>
 #include <string>

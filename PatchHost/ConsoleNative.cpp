@@ -1,7 +1,7 @@
-#include "Console.h"
+#include "PatchHost/Console.h"
 
+#include "PatchHost/Text.h"
 #include "Platform/Control.h"
-#include "Text.h"
 
 #include <csignal>
 #include <cstdlib>

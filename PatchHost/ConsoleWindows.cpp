@@ -1,7 +1,7 @@
-#include "Console.h"
+#include "PatchHost/Console.h"
 
 #include "OvPlatform.h"
-#include "Text.h"
+#include "PatchHost/Text.h"
 
 #include <fcntl.h>
 #include <io.h>

@@ -1,6 +1,6 @@
-#include "Documents.h"
+#include "PatchHost/Documents.h"
 
-#include "Output.h"
+#include "PatchHost/Output.h"
 
 #include <filesystem>
 #include <fstream>

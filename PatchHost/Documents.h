@@ -1,7 +1,7 @@
 // Documents as they come from files.
 #pragma once
 
-#include "Options.h"
+#include "PatchHost/Options.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
-#include "Dom.h"
+#include "PatchHost/Dom.h"
 
-#include "Text.h"
+#include "PatchHost/Text.h"
 
 namespace
 {

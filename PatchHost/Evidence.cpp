@@ -1,6 +1,6 @@
-#include "Evidence.h"
+#include "PatchHost/Evidence.h"
 
-#include "Text.h"
+#include "PatchHost/Text.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The library's failures as its trace tells them: evidence items.
 #pragma once
 
-#include "Output.h"
+#include "PatchHost/Output.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "Interrupt.h"
+#include "PatchHost/Interrupt.h"
 
 #include <csignal>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // none is, the first one ends it.
 #pragma once
 
-#include "Options.h"
+#include "PatchHost/Options.h"
 
 /// From now on Ctrl-C, and a request to terminate, end the program with the exit code of an interruption.
 void NoteInterrupts();

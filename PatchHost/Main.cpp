@@ -1,9 +1,9 @@
 // patchhost: loads the adapter library and drives it as the agent would.
-#include "AdapterLibrary.h"
-#include "CommandLine.h"
-#include "Console.h"
-#include "Interrupt.h"
-#include "Output.h"
+#include "PatchHost/AdapterLibrary.h"
+#include "PatchHost/CommandLine.h"
+#include "PatchHost/Console.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Output.h"
 
 namespace
 {

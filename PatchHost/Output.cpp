@@ -1,7 +1,7 @@
-#include "Output.h"
+#include "PatchHost/Output.h"
 
-#include "Console.h"
-#include "Options.h"
+#include "PatchHost/Console.h"
+#include "PatchHost/Options.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,6 +1,6 @@
-#include "PatchService.h"
+#include "PatchHost/PatchService.h"
 
-#include "Apartment.h"
+#include "PatchHost/Apartment.h"
 
 namespace
 {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "AgentSimulator/AgentSimulator.h"
-#include "Options.h"
-#include "ServiceScript.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/ServiceScript.h"
 
 #include <functional>
 #include <string>

@@ -1,8 +1,8 @@
-#include "PolicyRevision.h"
+#include "PatchHost/PolicyRevision.h"
 
-#include "Options.h"
 #include "OvPlatform.h"
-#include "Text.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/Text.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "ProcessCounts.h"
+#include "PatchHost/ProcessCounts.h"
 
 #include "Platform/Control.h"
 

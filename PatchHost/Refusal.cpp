@@ -1,7 +1,7 @@
-#include "Refusal.h"
+#include "PatchHost/Refusal.h"
 
-#include "Dom.h"
-#include "Text.h"
+#include "PatchHost/Dom.h"
+#include "PatchHost/Text.h"
 
 #include <algorithm>
 #include <cstdlib>

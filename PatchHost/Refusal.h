@@ -1,8 +1,8 @@
 // Why the library refused a document, as its trace tells it.
 #pragma once
 
-#include "Evidence.h"
-#include "TraceSink.h"
+#include "PatchHost/Evidence.h"
+#include "PatchHost/TraceSink.h"
 
 #include <optional>
 

@@ -1,7 +1,7 @@
-#include "ServiceScript.h"
+#include "PatchHost/ServiceScript.h"
 
-#include "Options.h"
-#include "Text.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/Text.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,8 +1,8 @@
-#include "Session.h"
+#include "PatchHost/Session.h"
 
-#include "Callbacks.h"
-#include "Documents.h"
-#include "Output.h"
+#include "PatchHost/Callbacks.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Output.h"
 
 RecordKind RecordFor(ServiceKind kind)
 {

@@ -1,13 +1,13 @@
 // An adapter at work, with all that it meets: a service, a record of the revision, a log.
 #pragma once
 
-#include "AdapterSession.h"
-#include "Apartment.h"
-#include "Options.h"
-#include "PatchService.h"
-#include "State.h"
-#include "TimeLimit.h"
-#include "TraceSink.h"
+#include "PatchHost/AdapterSession.h"
+#include "PatchHost/Apartment.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/PatchService.h"
+#include "PatchHost/State.h"
+#include "PatchHost/TimeLimit.h"
+#include "PatchHost/TraceSink.h"
 
 #include <optional>
 #include <string>

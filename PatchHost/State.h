@@ -1,7 +1,7 @@
 // Where the adapter's recorded revision goes while this program drives it.
 #pragma once
 
-#include "Interrupt.h"
+#include "PatchHost/Interrupt.h"
 
 #include <optional>
 #include <string>

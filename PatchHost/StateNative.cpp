@@ -1,4 +1,4 @@
-#include "State.h"
+#include "PatchHost/State.h"
 
 #include "Platform/Control.h"
 

@@ -1,10 +1,10 @@
-#include "State.h"
+#include "PatchHost/State.h"
 
-#include "Options.h"
-#include "Output.h"
 #include "OvPlatform.h"
-#include "PolicyRevision.h"
-#include "Text.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/PolicyRevision.h"
+#include "PatchHost/Text.h"
 
 #include <cstdlib>
 #include <filesystem>

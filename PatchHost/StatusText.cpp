@@ -1,7 +1,7 @@
-#include "StatusText.h"
+#include "PatchHost/StatusText.h"
 
-#include "Dom.h"
-#include "Text.h"
+#include "PatchHost/Dom.h"
+#include "PatchHost/Text.h"
 
 #include <stdexcept>
 

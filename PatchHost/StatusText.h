@@ -1,7 +1,7 @@
 // The status document taken apart.
 #pragma once
 
-#include "Output.h"
+#include "PatchHost/Output.h"
 
 #include <string>
 

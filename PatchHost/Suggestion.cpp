@@ -1,4 +1,4 @@
-#include "Suggestion.h"
+#include "PatchHost/Suggestion.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,4 +1,4 @@
-#include "Text.h"
+#include "PatchHost/Text.h"
 
 #include "OvPlatform.h"
 

@@ -1,7 +1,7 @@
-#include "TimeLimit.h"
+#include "PatchHost/TimeLimit.h"
 
-#include "Options.h"
-#include "Output.h"
+#include "PatchHost/Options.h"
+#include "PatchHost/Output.h"
 
 #include <chrono>
 #include <cstdlib>

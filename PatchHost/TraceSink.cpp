@@ -1,6 +1,6 @@
-#include "TraceSink.h"
+#include "PatchHost/TraceSink.h"
 
-#include "Text.h"
+#include "PatchHost/Text.h"
 
 #include <cstdio>
 #include <utility>

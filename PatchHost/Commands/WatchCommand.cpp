@@ -1,12 +1,12 @@
 // watch: every notification as it comes, and how long until the monitor looks again.
-#include "Callbacks.h"
-#include "Commands.h"
-#include "Console.h"
-#include "Interrupt.h"
-#include "Output.h"
-#include "Session.h"
-#include "StatusText.h"
-#include "Text.h"
+#include "PatchHost/Callbacks.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Console.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/Session.h"
+#include "PatchHost/StatusText.h"
+#include "PatchHost/Text.h"
 
 #include <cstdio>
 #include <ctime>

@@ -1,10 +1,10 @@
 // validate: the library's own intake, with no service and a throw-away record.
-#include "Commands.h"
-#include "Documents.h"
-#include "Interrupt.h"
-#include "Output.h"
-#include "Refusal.h"
-#include "Session.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/Refusal.h"
+#include "PatchHost/Session.h"
 
 namespace
 {

@@ -1,13 +1,13 @@
 // translate: the settings document that a policy becomes, as a service of this process's own receives it.
-#include "Commands.h"
-#include "Console.h"
-#include "Documents.h"
-#include "Dom.h"
-#include "Interrupt.h"
-#include "Output.h"
-#include "Refusal.h"
-#include "Session.h"
-#include "Text.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Console.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Dom.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/Refusal.h"
+#include "PatchHost/Session.h"
+#include "PatchHost/Text.h"
 
 namespace
 {

@@ -1,11 +1,11 @@
 // replay: the host's side of a recorded session again, and whether the library answers the same.
-#include "Apartment.h"
-#include "Boundary.h"
-#include "Commands.h"
-#include "Console.h"
-#include "Documents.h"
-#include "Interrupt.h"
-#include "Session.h"
+#include "PatchHost/Apartment.h"
+#include "PatchHost/Boundary.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Console.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Session.h"
 
 #include <regex>
 #include <sstream>

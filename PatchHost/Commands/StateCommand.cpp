@@ -1,8 +1,8 @@
 // state: the recorded revision and where it is stored.
-#include "Commands.h"
-#include "Output.h"
-#include "PolicyRevision.h"
-#include "Session.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/PolicyRevision.h"
+#include "PatchHost/Session.h"
 
 int StateCommand(const COptions& options)
 {

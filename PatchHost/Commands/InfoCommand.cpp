@@ -1,9 +1,9 @@
 // info: what the library says of itself, and the service's state as this process sees it.
-#include "AdapterLibrary.h"
-#include "Commands.h"
-#include "Output.h"
-#include "PatchService.h"
-#include "Text.h"
+#include "PatchHost/AdapterLibrary.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/PatchService.h"
+#include "PatchHost/Text.h"
 
 #include <vector>
 

@@ -1,14 +1,14 @@
 // run: the main job from end to end, against a simulated service. Takes up to 30 seconds: the adapter looks for the
 // service every ten seconds.
-#include "Callbacks.h"
-#include "Commands.h"
-#include "Documents.h"
-#include "Interrupt.h"
-#include "Output.h"
-#include "PolicyRevision.h"
-#include "Refusal.h"
-#include "Session.h"
-#include "Text.h"
+#include "PatchHost/Callbacks.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/PolicyRevision.h"
+#include "PatchHost/Refusal.h"
+#include "PatchHost/Session.h"
+#include "PatchHost/Text.h"
 
 #include <algorithm>
 #include <iostream>

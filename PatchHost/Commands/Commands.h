@@ -2,7 +2,7 @@
 // std::exception when it cannot do its work.
 #pragma once
 
-#include "Options.h"
+#include "PatchHost/Options.h"
 
 int InfoCommand(const COptions& options);
 int ValidateCommand(const COptions& options);

@@ -1,13 +1,13 @@
 // apply: a policy from the host to the service, step by step.
-#include "Callbacks.h"
-#include "Commands.h"
-#include "Documents.h"
-#include "Interrupt.h"
-#include "Output.h"
-#include "PolicyRevision.h"
-#include "Refusal.h"
-#include "Session.h"
-#include "Text.h"
+#include "PatchHost/Callbacks.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Output.h"
+#include "PatchHost/PolicyRevision.h"
+#include "PatchHost/Refusal.h"
+#include "PatchHost/Session.h"
+#include "PatchHost/Text.h"
 
 namespace
 {

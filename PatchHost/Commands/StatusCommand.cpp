@@ -1,9 +1,9 @@
 // status: the current status document and what it means.
-#include "Commands.h"
-#include "Interrupt.h"
-#include "Session.h"
-#include "StatusText.h"
-#include "Text.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Session.h"
+#include "PatchHost/StatusText.h"
+#include "PatchHost/Text.h"
 
 int StatusCommand(const COptions& options)
 {

@@ -1,11 +1,11 @@
 // record: a host's session, every call and every answer, as JSON lines.
-#include "Apartment.h"
-#include "Boundary.h"
-#include "Commands.h"
-#include "Documents.h"
-#include "Interrupt.h"
-#include "Session.h"
-#include "Text.h"
+#include "PatchHost/Apartment.h"
+#include "PatchHost/Boundary.h"
+#include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Documents.h"
+#include "PatchHost/Interrupt.h"
+#include "PatchHost/Session.h"
+#include "PatchHost/Text.h"
 
 #include <filesystem>
 #include <fstream>
