@@ -2,7 +2,7 @@
 
 #include "PatchHost/Commands/Commands.h"
 #include "PatchHost/ServiceScript.h"
-#include "PatchHost/Suggestion.h"
+#include "PatchHost/Text.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,4 +1,4 @@
-// The program's surroundings: its arguments and its standard streams.
+// The program's surroundings: its arguments, its standard streams and what its process holds.
 #pragma once
 
 #include <string>
@@ -28,3 +28,12 @@ void PrepareStreams();
 /// Makes a code page the system's ANSI code page for this process.
 /// @return false where that cannot be done and it is not the system's own.
 bool UseAnsiCodePage(unsigned nCodePage);
+
+/// What this process holds at the moment.
+struct CProcessCounts
+{
+    unsigned nThreads = 0;
+    unsigned nHandles = 0; ///< 0 where the system does not count them
+};
+
+CProcessCounts CountProcess();

@@ -5,6 +5,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <unistd.h>
 
 std::vector<std::string> Arguments(int argc, char** argv)
@@ -36,4 +38,11 @@ void PrepareStreams()
 bool UseAnsiCodePage(unsigned nCodePage)
 {
     return OvPlatform::SetAnsiCodePage(nCodePage);
+}
+
+CProcessCounts CountProcess()
+{
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    const auto nThreads = std::distance(begin(tasks), end(tasks));
+    return { static_cast<unsigned>(nThreads), OvPlatform::OpenHandles() };
 }

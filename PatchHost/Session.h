@@ -1,7 +1,8 @@
 // An adapter at work, with all that it meets: a service, a record of the revision, a log.
 #pragma once
 
-#include "PatchHost/AdapterSession.h"
+#include "PatchAdapterApi.h"
+#include "PatchHost/AdapterLibrary.h"
 #include "PatchHost/Apartment.h"
 #include "PatchHost/Options.h"
 #include "PatchHost/PatchService.h"
@@ -12,6 +13,30 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+/// Holds a factory and its adapter; stops the adapter when destroyed, unless Stop() was called before.
+class CAdapterSession
+{
+public:
+    /// @param sink  must outlive the session; may be null.
+    /// The calling thread must have entered a COM apartment.
+    /// @throw std::runtime_error when the factory makes no adapter; the reason is in the log.
+    CAdapterSession(const CAdapterLibrary& library, ILogSink* sink);
+    ~CAdapterSession();
+
+    CAdapterSession(const CAdapterSession&) = delete;
+    CAdapterSession& operator=(const CAdapterSession&) = delete;
+
+    IAdapter* operator->() const { return m_pAdapter; }
+    IAdapter& operator*() const { return *m_pAdapter; }
+
+    /// Destroys the adapter; takes up to about ten seconds.
+    void Stop();
+
+private:
+    IAdapterFactory* m_pFactory;
+    IAdapter* m_pAdapter;
+};
 
 class CSession
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 std::wstring Utf8ToWide(const std::string& text);
 std::string WideToUtf8(const std::wstring& text);
@@ -16,6 +17,9 @@ std::string Trimmed(const std::string& text);
 
 /// "3 characters", "1 character".
 std::string Count(size_t nCount, const std::string& noun);
+
+/// The end of a sentence that says that a word is not known: "; did you mean 'apply'?". Empty when no word is near.
+std::string Suggestion(const std::string& word, const std::vector<std::string>& known);
 
 /// Breaks a document that was written without white space into indented lines; what a CDATA section holds is unfolded
 /// as a document of its own. Meant for reading, not for parsing: a text that is no XML comes out as it is.
