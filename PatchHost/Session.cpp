@@ -26,9 +26,9 @@ void CAdapterSession::Stop()
     m_pAdapter = nullptr;
 }
 
-RecordKind RecordFor(ServiceKind kind)
+StateKind StateFor(ServiceKind kind)
 {
-    return kind == ServiceKind::Installed ? RecordKind::Machine : RecordKind::Kept;
+    return kind == ServiceKind::Installed ? StateKind::Machine : StateKind::Kept;
 }
 
 std::string ReadScript(const COptions& options)
@@ -41,9 +41,9 @@ std::string ReadScript(const COptions& options)
     return script;
 }
 
-CSession::CSession(const COptions& options, ServiceKind kind, RecordKind record)
+CSession::CSession(const COptions& options, ServiceKind kind, StateKind state)
     : m_nTimeoutMs(options.nTimeoutMs),
-      m_record(record, options.stateFolder),
+      m_state(state, options.stateFolder),
       m_service(kind, ReadScript(options)),
       m_sink(options.nTraceLevel),
       m_library(options.library),
@@ -51,7 +51,7 @@ CSession::CSession(const COptions& options, ServiceKind kind, RecordKind record)
 {
 }
 
-CSession::CSession(const COptions& options) : CSession(options, options.service, RecordFor(options.service)) {}
+CSession::CSession(const COptions& options) : CSession(options, options.service, StateFor(options.service)) {}
 
 CSession::~CSession()
 {

@@ -1,4 +1,4 @@
-// An adapter at work, with all that it meets: a service, a record of the revision, a log.
+// An adapter at work, with all that it meets: a service, a place for the revision, a log.
 #pragma once
 
 #include "PatchAdapterApi.h"
@@ -42,10 +42,10 @@ class CSession
 {
 public:
     /// Puts the service in place, loads the library and makes the adapter.
-    /// @param kind  the service that the adapter meets. @param record  where it records.
-    CSession(const COptions& options, ServiceKind kind, RecordKind record);
+    /// @param kind  the service that the adapter meets. @param state  where it stores the revision.
+    CSession(const COptions& options, ServiceKind kind, StateKind state);
 
-    /// With the service and the record that the options ask for.
+    /// With the service and the place for the revision that the options ask for.
     explicit CSession(const COptions& options);
 
     /// Stops the adapter, which takes up to ten seconds, after saying so on standard error.
@@ -80,15 +80,15 @@ public:
 private:
     const unsigned m_nTimeoutMs;
     const CComApartment m_apartment;
-    const CRecordPlace m_record;
+    const CStatePlace m_state;
     CPatchService m_service;
     CTraceSink m_sink;
     const CAdapterLibrary m_library;
     CAdapterSession m_adapter;
 };
 
-/// The record that goes with a service: the machine's own only with its own service.
-RecordKind RecordFor(ServiceKind kind);
+/// Where the revision is stored with a service: in the machine's own registry only with its own service.
+StateKind StateFor(ServiceKind kind);
 
 /// The text of the script that the options name; empty for none. @throw CCommandError (usage) when it holds nothing or
 /// cannot be read.

@@ -26,9 +26,9 @@ std::string DefaultFile()
 
 } // namespace
 
-CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
+CStatePlace::CStatePlace(StateKind kind, const std::string& folder) : m_kind(kind)
 {
-    if (kind == RecordKind::Throwaway)
+    if (m_kind == StateKind::Throwaway)
     {
         OvPlatform::SetRegistryInMemory();
         m_description = "nowhere";
@@ -44,4 +44,4 @@ CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
     m_description = m_file + ", HKLM\\SOFTWARE\\Trevok\\Trevok Patch Agent, PolicyRevId";
 }
 
-CRecordPlace::~CRecordPlace() = default;
+CStatePlace::~CStatePlace() = default;

@@ -12,8 +12,8 @@
 #include <iterator>
 #include <stdexcept>
 
-// A record of this program's own lives in a key of the user's hive that stands in for HKEY_LOCAL_MACHINE in this
-// process alone; what is kept of it is a file.
+// A store of this program's own is a key of the user's hive that stands in for HKEY_LOCAL_MACHINE in this process
+// alone; what is kept of it is a file.
 
 namespace
 {
@@ -66,17 +66,17 @@ void Keep(const std::string& file, const std::optional<std::string>& kept)
 
 } // namespace
 
-CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
+CStatePlace::CStatePlace(StateKind kind, const std::string& folder) : m_kind(kind)
 {
     m_description = "HKLM\\SOFTWARE\\Trevok\\Trevok Patch Agent, PolicyRevId";
-    if (kind == RecordKind::Machine && !folder.empty())
-        throw CCommandError(ExitUsage, "--state-dir does not go with --service installed on Windows: that record is in "
-                                       "the machine's registry");
-    if (kind == RecordKind::Machine)
+    if (m_kind == StateKind::Machine && !folder.empty())
+        throw CCommandError(ExitUsage, "--state-dir does not go with --service installed on Windows: the revision "
+                                       "is then in the machine's registry");
+    if (m_kind == StateKind::Machine)
         return;
     StandIn();
     m_description = "nowhere";
-    if (kind == RecordKind::Throwaway)
+    if (m_kind == StateKind::Throwaway)
         return;
     const std::filesystem::path path = std::filesystem::absolute(FolderOrDefault(folder)).make_preferred();
     std::filesystem::create_directories(path);
@@ -88,9 +88,9 @@ CRecordPlace::CRecordPlace(RecordKind kind, const std::string& folder)
     m_kept = ReadPolicyRevision();
 }
 
-CRecordPlace::~CRecordPlace()
+CStatePlace::~CStatePlace()
 {
-    if (m_description.rfind("HKLM", 0) == 0)
+    if (m_kind == StateKind::Machine)
         return;
     try
     {

@@ -24,7 +24,7 @@ const char* const s_szFailed = "failed";
 const char* const s_szNotReached = "not reached";
 const char* const s_szNotNeeded = "not needed";
 
-/// What the trace, the record and the observer say of one SetConfiguration.
+/// What the trace, the stored revision and the observer say of one SetConfiguration.
 struct CApplied
 {
     std::vector<CTraceLine> lines;

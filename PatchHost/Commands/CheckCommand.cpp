@@ -324,7 +324,7 @@ int CheckCommand(const COptions& options)
     const COutput out(options.bJson);
     CReport report(out);
     const CComApartment apartment;
-    const CRecordPlace record(RecordKind::Throwaway, "");
+    const CStatePlace state(StateKind::Throwaway, "");
     CPatchService service(ServiceKind::Simulated, "");
     report.Try("the library loads, exports both functions and has the interface version of this host",
                [&] { const CAdapterLibrary library(options.library); });

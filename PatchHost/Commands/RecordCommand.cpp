@@ -76,7 +76,7 @@ int RecordCommand(const COptions& options)
     const auto write = [&stream](const CJson& event) { stream << event.dump() << "\n" << std::flush; };
 
     const CComApartment apartment;
-    const CRecordPlace record(RecordKind::Throwaway, "");
+    const CStatePlace state(StateKind::Throwaway, "");
     const CPatchService service(options.service, script);
     write(Header(options, script));
     if (!stream)

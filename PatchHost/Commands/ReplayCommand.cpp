@@ -116,7 +116,7 @@ int ReplayCommand(const COptions& options)
     const std::vector<CJson> recording = ReadRecording(options.files.front());
     const CJson& header = recording.front();
     const CComApartment apartment;
-    const CRecordPlace record(RecordKind::Throwaway, "");
+    const CStatePlace state(StateKind::Throwaway, "");
     const CPatchService service(header.value("service", "") == "down" ? ServiceKind::Down : ServiceKind::Simulated,
                                 header.value("script", ""));
     std::vector<CJson> played;

@@ -7,7 +7,7 @@
 int StateCommand(const COptions& options)
 {
     const COutput out(options.bJson);
-    const CRecordPlace place(RecordFor(options.service), options.stateFolder);
+    const CStatePlace place(StateFor(options.service), options.stateFolder);
     const std::optional<std::string> revision = ReadPolicyRevision();
     out.Json({ { "revision", revision ? CJson(*revision) : CJson() }, { "place", place.Describe() } });
     out.Text("revision  " + revision.value_or("none was recorded") + "\n" + "place     " + place.Describe() + "\n");

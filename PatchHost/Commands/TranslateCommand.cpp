@@ -114,7 +114,7 @@ int TranslateCommand(const COptions& options)
     const std::string document = ReadDocument(options.files.front());
     COptions own = options;
     own.serviceScript.clear();
-    CSession session(own, ServiceKind::Simulated, RecordKind::Throwaway);
+    CSession session(own, ServiceKind::Simulated, StateKind::Throwaway);
     const std::optional<CRefusal> refusal = FindRefusal(session.SetConfiguration(document), document);
     if (refusal)
     {

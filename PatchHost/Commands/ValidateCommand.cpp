@@ -1,4 +1,4 @@
-// validate: the library's own intake, with no service and a throw-away record.
+// validate: the library's own intake, with no service and a throw-away store.
 #include "PatchHost/Commands/Commands.h"
 #include "PatchHost/Documents.h"
 #include "PatchHost/Interrupt.h"
@@ -95,7 +95,7 @@ int ValidateCommand(const COptions& options)
 {
     const COutput out(options.bJson);
     const std::vector<CInput> inputs = ReadInputs(options.files);
-    CSession session(options, ServiceKind::Isolated, RecordKind::Throwaway);
+    CSession session(options, ServiceKind::Isolated, StateKind::Throwaway);
     ExitCode worst = ExitDone;
     for (const CInput& input : inputs)
     {
