@@ -1,7 +1,7 @@
 #include "MonitorThread.h"
 
 #include "AdapterEvidence.h"
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
 #include "PatchAdapter.h"
@@ -123,6 +123,6 @@ void CMonitorThread::NotifyObservers(LONG nValue)
     {
         m_pTrace->Info(L"Notifying state observer of status change");
         const std::string status = COvStringUtil::WideToNarrow(wzStatus);
-        OvCallHost([&] { pObserver->OnStateChange(nValue, status.c_str()); });
+        OvCallOut([&] { pObserver->OnStateChange(nValue, status.c_str()); });
     }
 }

@@ -3,7 +3,7 @@
 
 #include "AdapterEvidence.h"
 #include "GuardBoundary.h"
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStackTrace.h"
 #include "ovCore/OvStringUtil.h"
@@ -68,7 +68,7 @@ void CPatchAdapter::AddObserver(IStateObserver* pObserver)
     BuildStatusXml(wzStatus);
     m_Trace.Info(L"Notifying state observer");
     const std::string status = COvStringUtil::WideToNarrow(wzStatus);
-    OvCallHost([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
+    OvCallOut([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
 }
 
 void CPatchAdapter::DeRegisterStateObserver(IStateObserver* pObserver)

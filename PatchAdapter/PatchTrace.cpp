@@ -1,6 +1,6 @@
 #include "PatchTrace.h"
 
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvStringUtil.h"
 
 namespace
@@ -42,7 +42,7 @@ void CPatchTrace::Write(int nKind, const std::wstring& text) noexcept
     {
         const std::string narrow = COvStringUtil::WideToNarrow(text);
         const std::string format = COvStringUtil::WideToNarrow(s_szFormat);
-        OvCallHost([&] { WriteLine(*m_pSink, nKind, format.c_str(), narrow.c_str()); });
+        OvCallOut([&] { WriteLine(*m_pSink, nKind, format.c_str(), narrow.c_str()); });
     }
     catch (...)
     {

@@ -1,6 +1,6 @@
 // Policy apply: settings go to the service, the revision to the registry, the new status to the observers.
 #include "AdapterEvidence.h"
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvRegKey.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
@@ -59,7 +59,7 @@ void CPatchAdapter::NotifyOfPolicy()
     const std::string status = COvStringUtil::WideToNarrow(BuildStatusXml(wzStatus));
     const COvSingleLock lock(&m_csObservers, true);
     for (IStateObserver* pObserver : m_lstStateObservers)
-        OvCallHost([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
+        OvCallOut([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
 }
 
 void CPatchAdapter::LoadPolicyRevId()
@@ -77,7 +77,7 @@ void CPatchAdapter::SavePolicyRevId()
     key.SetValue(s_szRevisionName, m_wzRevId);
 }
 
-// Nothing is caught here. The call does not go through OvCallHost: an exception of the host's compiler passes through
+// Nothing is caught here. The call does not go through OvCallOut: an exception of the host's compiler passes through
 // to the host, which alone can take it; turned into one of ours it would find no handler. Such a one runs no destructor
 // of ours on its way, so that the exit line is missing then.
 bool CPatchAdapter::GetConfiguration(IConfigurationReceiver* pReceiver)

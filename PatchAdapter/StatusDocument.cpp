@@ -2,7 +2,7 @@
 #include "AdapterEvidence.h"
 #include "GuardBoundary.h"
 #include "ovCore/OvDateTime.h"
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
 #include "PatchAdapter.h"
@@ -74,7 +74,7 @@ void CPatchAdapter::ReportStatus(IStatusReceiver* pReceiver)
     m_Trace.Info(L"Processing status request");
     std::wstring wzStatus;
     const std::string status = COvStringUtil::WideToNarrow(BuildStatusXml(wzStatus));
-    OvCallHost([&] { pReceiver->OnStatus(status.c_str()); });
+    OvCallOut([&] { pReceiver->OnStatus(status.c_str()); });
     m_Trace.Detail(L"status xml", wzStatus);
     m_Trace.Info(L"Finished Creating Status XML");
 }

@@ -1,7 +1,7 @@
 // Every operation with arguments and callbacks that mean harm: afterwards the adapter works, on any thread.
 #include "HostileHost.h"
 #include "HostThrow.h"
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "PatchAdapter/PatchAdapterFactory.h"
 #include "ProcessMemory.h"
 #include "tests/PatchAdapter/AdapterFixture.h"
@@ -158,7 +158,7 @@ TEST_F(HostileArguments, CallbacksAndALogThatThrow)
             bool bThrown = false;
             try
             {
-                OvCallHost([&] { m_pAdapter->GetConfiguration(&callback); }); // its receiver's is the host's own
+                OvCallOut([&] { m_pAdapter->GetConfiguration(&callback); }); // its receiver's is the host's own
             }
             catch (...)
             {

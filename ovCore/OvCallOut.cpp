@@ -1,4 +1,4 @@
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 
 // One compiler builds both sides here: an exception passes on its own.
 void OvCallGuarded(void (*pfnCall)(void*), void* pContext)

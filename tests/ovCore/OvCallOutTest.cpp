@@ -1,5 +1,5 @@
 // Exceptions and faults in calls into the host, which are plain calls elsewhere than on Windows.
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 
 #include "MachineFaults.h"
@@ -100,7 +100,7 @@ LONG WINAPI EndWithTheCount(EXCEPTION_POINTERS*)
 
 } // namespace
 
-TEST(OvHostExceptionDeathTest, FaultsWithoutATranslatorEndTheProcessOrGoToTheHostsHandlers)
+TEST(OvCallOutDeathTest, FaultsWithoutATranslatorEndTheProcessOrGoToTheHostsHandlers)
 {
     ::SetUnhandledExceptionFilter(EndWithItsCode);
     for (const CMachineFault& fault : MachineFaults())
@@ -112,7 +112,7 @@ TEST(OvHostExceptionDeathTest, FaultsWithoutATranslatorEndTheProcessOrGoToTheHos
     ::SetUnhandledExceptionFilter(nullptr);
 }
 
-TEST(OvHostException, ArrivesAsOneOfOurs)
+TEST(OvCallOut, ArrivesAsOneOfOurs)
 {
     for (int i = 0; i < 100; ++i)
     {
@@ -122,19 +122,19 @@ TEST(OvHostException, ArrivesAsOneOfOurs)
         s_nSearched = s_nUnwound = 0;
         const auto call = [&] {
             COvSingleLock lock(&section, true);
-            OvCallHost([] { OvCallHost([] { RaiseInForeignCode(s_dwMsCppException); }); }); // the innermost takes it
+            OvCallOut([] { OvCallOut([] { RaiseInForeignCode(s_dwMsCppException); }); }); // the innermost takes it
         };
-        ASSERT_THROW(call(), COvHostException);
+        ASSERT_THROW(call(), COvForeignException);
         ASSERT_EQ(i, nKept);
         ASSERT_EQ(pBefore, NewestHandler());
         ASSERT_TRUE(s_nSearched == 1 && s_nUnwound == 1); // the host's own frames had their turn
         std::thread([&] { COvSingleLock lock(&section, true); }).join();
     }
-    EXPECT_THROW(OvCallHost([] { ::RaiseException(s_dwMsCppException, EXCEPTION_NONCONTINUABLE, 0, nullptr); }),
-                 COvHostException);
+    EXPECT_THROW(OvCallOut([] { ::RaiseException(s_dwMsCppException, EXCEPTION_NONCONTINUABLE, 0, nullptr); }),
+                 COvForeignException);
 }
 
-TEST(OvHostException, EndsInAWorkersErrorAsASoftwareExceptionDoes)
+TEST(OvCallOut, EndsInAWorkersErrorAsASoftwareExceptionDoes)
 {
     for (const auto& [dwCode, szError] : std::map<DWORD, const wchar_t*>{
              { s_dwMsCppException, L"Msg: Unknown exception caught.\rStack Dump: \r" },
@@ -142,8 +142,8 @@ TEST(OvHostException, EndsInAWorkersErrorAsASoftwareExceptionDoes)
     {
         CTestWorker worker([dwThrown = dwCode](CTestWorker&) -> DWORD {
             ::OutputDebugStringW(L"note\r\n"); // an exception too, and no matter of ours
-            OvCallHost([] { ::OutputDebugStringW(L"note\r\n"); });
-            OvCallHost([=] { RaiseInForeignCode(dwThrown); });
+            OvCallOut([] { ::OutputDebugStringW(L"note\r\n"); });
+            OvCallOut([=] { RaiseInForeignCode(dwThrown); });
             return 1;
         });
         worker.RunToItsEnd();
@@ -151,12 +151,12 @@ TEST(OvHostException, EndsInAWorkersErrorAsASoftwareExceptionDoes)
     }
 }
 
-TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHandler)
+TEST(OvCallOut, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHandler)
 {
     void* const hLast = ::AddVectoredExceptionHandler(0, TakeWhatIsLeft);
     std::thread([] {
         ReadNowhere();
-        OvCallHost([] { ReadNowhere(); });
+        OvCallOut([] { ReadNowhere(); });
     }).join();
     CTestWorker worker([](CTestWorker&) -> DWORD {
         UnderForeignHandler([] { ReadNowhere(); });
@@ -168,15 +168,15 @@ TEST(OvHostException, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHand
     ::RemoveVectoredExceptionHandler(hLast);
 }
 
-TEST(OvHostException, IsNoMatterOfOurOwnExceptions)
+TEST(OvCallOut, IsNoMatterOfOurOwnExceptions)
 {
     // Something on the heap: lost or copied wrongly it shows.
     const auto pText = std::make_shared<std::wstring>(L"text");
     const auto thrower = [&] {
         const auto pHeld = pText;
-        OvCallHost([&] { throw std::make_pair(pHeld, 7); });
+        OvCallOut([&] { throw std::make_pair(pHeld, 7); });
     };
     using Thrown = std::pair<std::shared_ptr<std::wstring>, int>;
-    EXPECT_THROW(OvCallHost(thrower), Thrown);
+    EXPECT_THROW(OvCallOut(thrower), Thrown);
     EXPECT_EQ(1, pText.use_count());
 }

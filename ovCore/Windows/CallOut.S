@@ -1,6 +1,6 @@
-// void OvRunGuarded(CHostCall* pCall): makes the call under a structured handler. Returns when the call has, or when the
+// void OvRunGuarded(CGuardedCall* pCall): makes the call under a structured handler. Returns when the call has, or when the
 // handler has ended it. The handler's record lies on the stack:
-//      0 next   4 OvOnHostException   8 pCall
+//      0 next   4 OvOnException   8 pCall
 // and above it edi, esi, ebx, ebp and the return address.
 
     .text
@@ -19,14 +19,14 @@ _OvRunGuarded:
     pushl %edi
     .cfi_offset 7, -20
     pushl 8(%ebp)
-    pushl $_OvOnHostException
+    pushl $_OvOnException
     pushl %fs:0
     movl %esp, %fs:0
     subl $16, %esp
     andl $-16, %esp
     movl 8(%ebp), %eax
     movl %eax, (%esp)
-    call _OvMakeHostCall
+    call _OvMakeGuardedCall
 .Lleave:
     leal -24(%ebp), %esp    // the record
     popl %fs:0

@@ -1,4 +1,4 @@
-#include "ovCore/OvHostCall.h"
+#include "ovCore/OvCallOut.h"
 
 #include "OvPlatform.h"
 #include "SeTranslator.h"
@@ -9,7 +9,7 @@ namespace
 {
 
 /// One call into the host, and what it threw.
-struct CHostCall
+struct CGuardedCall
 {
     void (*pfnCall)(void*);
     void* pContext;
@@ -21,14 +21,14 @@ struct CHandlerRecord
 {
     const void* pNext;
     const void* pfnHandler;
-    CHostCall* pCall;
+    CGuardedCall* pCall;
 };
 
 /// What a structured exception is to our side: null when it is not for us.
 std::exception_ptr Translate(EXCEPTION_RECORD* pException, CONTEXT* pContext) noexcept
 {
     if (pException->ExceptionCode == OvMsCppException)
-        return std::make_exception_ptr(COvHostException());
+        return std::make_exception_ptr(COvForeignException());
     const _se_translator_function pfnTranslator = OvTranslatorFor(pException->ExceptionCode);
     if (pfnTranslator == nullptr)
         return nullptr;
@@ -48,12 +48,12 @@ std::exception_ptr Translate(EXCEPTION_RECORD* pException, CONTEXT* pContext) no
 
 extern "C"
 {
-    void OvRunGuarded(CHostCall* pCall);
+    void OvRunGuarded(CGuardedCall* pCall);
     [[noreturn]] void OvEndGuarded(CHandlerRecord* pRecord, EXCEPTION_RECORD* pException);
 
     /// What OvRunGuarded calls. A C++ exception of our own compiler ends here, since it would leave the handler's
     /// record in the list.
-    void OvMakeHostCall(CHostCall* pCall) noexcept
+    void OvMakeGuardedCall(CGuardedCall* pCall) noexcept
     {
         try
         {
@@ -66,7 +66,7 @@ extern "C"
     }
 
     /// The structured handler of a guarded call. Called again while frames are unwound, when there is nothing to do.
-    EXCEPTION_DISPOSITION __cdecl OvOnHostException(EXCEPTION_RECORD* pException, CHandlerRecord* pRecord,
+    EXCEPTION_DISPOSITION __cdecl OvOnException(EXCEPTION_RECORD* pException, CHandlerRecord* pRecord,
                                                     CONTEXT* pContext, void*)
     {
         const DWORD dwUnwinding = 0x2 | 0x4; // going out, or for good
@@ -82,7 +82,7 @@ extern "C"
 
 void OvCallGuarded(void (*pfnCall)(void*), void* pContext)
 {
-    CHostCall call = { pfnCall, pContext, nullptr };
+    CGuardedCall call = { pfnCall, pContext, nullptr };
     OvRunGuarded(&call);
     if (call.pThrown)
         std::rethrow_exception(call.pThrown);
