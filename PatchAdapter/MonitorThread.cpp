@@ -119,10 +119,9 @@ void CMonitorThread::NotifyObservers(LONG nValue)
     std::wstring wzStatus;
     m_pAdapter->BuildStatusXml(wzStatus); // before the lock, so that a slow service does not hold registration up
     const COvSingleLock lock(m_pAdapter->GetObserverCS(), true);
-    for (IStateObserver* pObserver : *m_pAdapter->GetStateObservers())
-    {
+    m_pAdapter->GetStateObservers()->ForEach([&](IStateObserver* pObserver) {
         m_pTrace->Info(L"Notifying state observer of status change");
         const std::string status = COvStringUtil::WideToNarrow(wzStatus);
         OvCallOut([&] { pObserver->OnStateChange(nValue, status.c_str()); });
-    }
+    });
 }

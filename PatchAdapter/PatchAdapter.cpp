@@ -10,8 +10,6 @@
 #include "ovCore/OvVersionResource.h"
 #include "PatchAdapterFactory.h"
 
-#include <algorithm>
-
 namespace
 {
 
@@ -63,7 +61,7 @@ void CPatchAdapter::AddObserver(IStateObserver* pObserver)
     if (RefuseNull(pObserver, L"A null state observer was passed", s_szRegister))
         return;
     m_Trace.Info(L"Registering state observer");
-    m_lstStateObservers.push_back(pObserver);
+    m_lstStateObservers.Append(pObserver);
     std::wstring wzStatus;
     BuildStatusXml(wzStatus);
     m_Trace.Info(L"Notifying state observer");
@@ -77,9 +75,7 @@ void CPatchAdapter::DeRegisterStateObserver(IStateObserver* pObserver)
     COvSingleLock lock(&m_csObservers, false);
     GuardBoundary(m_Trace, s_szSource, s_szDeRegister, [&] {
         lock.Lock(INFINITE);
-        const auto it = std::find(m_lstStateObservers.begin(), m_lstStateObservers.end(), pObserver);
-        if (it != m_lstStateObservers.end())
-            m_lstStateObservers.erase(it); // later equal entries stay
+        m_lstStateObservers.RemoveFirst(pObserver);
     });
 }
 
@@ -135,7 +131,7 @@ COvCriticalSection* CPatchAdapter::GetObserverCS()
     return &m_csObservers;
 }
 
-std::list<IStateObserver*>* CPatchAdapter::GetStateObservers()
+CObserverList* CPatchAdapter::GetStateObservers()
 {
     OV_SCOPE(L"CPatchAdapter::GetStateObservers");
     return &m_lstStateObservers;

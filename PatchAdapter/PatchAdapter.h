@@ -2,6 +2,7 @@
 #pragma once
 
 #include "MonitorThread.h"
+#include "ObserverList.h"
 #include "OneSlotDestructor.h"
 #include "ovCore/OvCriticalSection.h"
 #include "ovCore/OvVersion.h"
@@ -9,7 +10,6 @@
 #include "OvXmlWriter.h"
 #include "PatchTrace.h"
 
-#include <list>
 #include <map>
 #include <string>
 
@@ -57,7 +57,7 @@ public:
 
     // For the monitor thread. The list is guarded by the observer lock.
     COvCriticalSection* GetObserverCS();
-    std::list<IStateObserver*>* GetStateObservers();
+    CObserverList* GetStateObservers();
     CPatchTrace* GetTrace() { return &m_Trace; }
 
     /// Builds the current status document; contacts the service when it runs. Any thread that has entered a COM
@@ -111,7 +111,7 @@ private:
     static void WriteWua(COvXmlWriter& writer, const CServiceStatus& status);
 
     CPatchTrace m_Trace;
-    std::list<IStateObserver*> m_lstStateObservers; // guarded by m_csObservers; the observers are the host's
+    CObserverList m_lstStateObservers; // guarded by m_csObservers
     PolicyKind m_nPolicyKind = PolicyKindNone;
     std::wstring m_wzRevId;  // written under m_csStatus, by the one policy call at a time
     LONG m_lPolicyType = 20; // written under m_csStatus, together with m_wzRevId

@@ -58,8 +58,9 @@ void CPatchAdapter::NotifyOfPolicy()
     std::wstring wzStatus;
     const std::string status = COvStringUtil::WideToNarrow(BuildStatusXml(wzStatus));
     const COvSingleLock lock(&m_csObservers, true);
-    for (IStateObserver* pObserver : m_lstStateObservers)
+    m_lstStateObservers.ForEach([&](IStateObserver* pObserver) {
         OvCallOut([&] { pObserver->OnStateChange(STATE_CHANGED, status.c_str()); });
+    });
 }
 
 void CPatchAdapter::LoadPolicyRevId()
