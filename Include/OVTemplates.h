@@ -1,6 +1,7 @@
 // Small templates that more than one room needs: the wiping buffer and the checked interface query.
 #pragma once
 
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvComPtr.h"
 #include "ovCore/OvException.h"
 #include "ovCore/OvStackTrace.h"
@@ -99,16 +100,22 @@ using COvByteBuffer = COvBufferT<BYTE>;
 
 /// Asks pSource for the interface iid and stores it, counted, in dest; what dest held before is released.
 /// @param szInterfaceName  stands in the evidence of a failure; may be null.
-/// Raises COvException with the query's own code; dest is then empty.
+/// Raises COvException with the query's own code, or E_POINTER when it succeeds without an interface; dest is then
+/// empty. What the object throws leaves as OvCallOut lets it.
 template <class Src, class Dst>
 void QueryInterfaceChecked(Src* pSource, COvComPtr<Dst>& dest, REFIID iid, const wchar_t* szInterfaceName)
 {
     OV_SCOPE_IN(OVTEMPLATES_SOURCE, L"QueryInterfaceChecked");
-    const HRESULT hr = pSource->QueryInterface(iid, reinterpret_cast<void**>(dest.Receive()));
+    dest.Reset();
+    void* pFound = nullptr;
+    HRESULT hr = E_FAIL;
+    OvCallOut([&] { hr = pSource->QueryInterface(iid, &pFound); });
+    if (SUCCEEDED(hr) && pFound != nullptr)
+        return dest.Attach(static_cast<Dst*>(pFound));
     if (SUCCEEDED(hr))
-        return;
+        hr = E_POINTER;
     const int64_t nIn = reinterpret_cast<intptr_t>(pSource);
-    const int64_t nOut = reinterpret_cast<intptr_t>(dest.Get());
+    const int64_t nOut = reinterpret_cast<intptr_t>(pFound);
     const wchar_t* szRequested = szInterfaceName != nullptr ? szInterfaceName : L"not supplied by caller";
     OvRaise(hr, OVTEMPLATES_SOURCE, __LINE__,
             COvEvidence(L"Msg", L"A QueryInterface call failed.") + COvEvidence(L"pIn", nIn) +

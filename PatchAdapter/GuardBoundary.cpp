@@ -2,7 +2,7 @@
 
 #include "AdapterEvidence.h"
 
-void TraceCurrentException(CPatchTrace& trace, const wchar_t* szSource, const wchar_t* szFunction) noexcept
+void TraceCurrentException(CPatchTrace& trace, const wchar_t* szSource, LONG nLine, const wchar_t* szFunction) noexcept
 {
     try
     {
@@ -14,13 +14,13 @@ void TraceCurrentException(CPatchTrace& trace, const wchar_t* szSource, const wc
     }
     catch (const std::exception& e)
     {
-        trace.Exception(COvException(E_FAIL, szSource, __LINE__,
+        trace.Exception(COvException(E_FAIL, szSource, nLine,
                                      COvEvidence(L"Exception Info", e) +
                                          InfoMsg(L"A runtime exception was encountered") + FunctionName(szFunction)));
     }
     catch (...)
     {
-        trace.Exception(COvException(E_FAIL, szSource, __LINE__,
+        trace.Exception(COvException(E_FAIL, szSource, nLine,
                                      InfoMsg(L"An unknown exception was encountered") + FunctionName(szFunction)));
     }
 }

@@ -37,7 +37,7 @@ DWORD CMonitorThread::DoWork()
     const CPatchTraceScope scope(m_pTrace, L"CMonitorThread::DoWork");
     try
     {
-        RunLoop();
+        OvCallIn([&] { RunLoop(); });
     }
     catch (const COvBaseException& e)
     {

@@ -50,7 +50,7 @@ void CPatchAdapter::RegisterStateObserver(IStateObserver* pObserver)
 {
     const CPatchTraceScope scope(&m_Trace, s_szRegister);
     COvSingleLock lock(&m_csObservers, false);
-    GuardBoundary(m_Trace, s_szSource, s_szRegister, [&] {
+    GuardBoundary(m_Trace, s_szSource, __LINE__, s_szRegister, [&] {
         lock.Lock(INFINITE);
         AddObserver(pObserver);
     });
@@ -73,7 +73,7 @@ void CPatchAdapter::DeRegisterStateObserver(IStateObserver* pObserver)
 {
     const CPatchTraceScope scope(&m_Trace, s_szDeRegister);
     COvSingleLock lock(&m_csObservers, false);
-    GuardBoundary(m_Trace, s_szSource, s_szDeRegister, [&] {
+    GuardBoundary(m_Trace, s_szSource, __LINE__, s_szDeRegister, [&] {
         lock.Lock(INFINITE);
         m_lstStateObservers.RemoveFirst(pObserver);
     });

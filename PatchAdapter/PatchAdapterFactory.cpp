@@ -30,7 +30,7 @@ IAdapter* PatchAdapterFactory::Initialise(void*, void*, ILogSink* pSink, void*)
 {
     m_Trace.SetSink(pSink);
     const CPatchTraceScope scope(&m_Trace, s_szInitialise);
-    GuardBoundary(m_Trace, s_szSource, s_szInitialise, [&] { CreateAdapter(pSink); });
+    GuardBoundary(m_Trace, s_szSource, __LINE__, s_szInitialise, [&] { CreateAdapter(pSink); });
     return m_pAdapter;
 }
 
@@ -46,7 +46,7 @@ void PatchAdapterFactory::CreateAdapter(ILogSink* pSink)
 void PatchAdapterFactory::Uninitialise(IAdapter* pAdapter)
 {
     const CPatchTraceScope scope(&m_Trace, s_szUninitialise);
-    GuardBoundary(m_Trace, s_szSource, s_szUninitialise, [&] { DestroyAdapter(pAdapter); });
+    GuardBoundary(m_Trace, s_szSource, __LINE__, s_szUninitialise, [&] { DestroyAdapter(pAdapter); });
 }
 
 void PatchAdapterFactory::DestroyAdapter(const IAdapter* pAdapter)

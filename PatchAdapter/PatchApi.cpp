@@ -1,6 +1,7 @@
 #include "PatchApi.h"
 
 #include "AdapterEvidence.h"
+#include "ovCore/OvComPtr.h"
 #include "ovCore/OvErrorInfo.h"
 #include "ovCore/OvStackTrace.h"
 #include "ovCore/OvVersion.h"
@@ -21,6 +22,44 @@ COvEvidence ErrorInfo() noexcept
     return COvEvidence(L"tzErrorInfo", CPatchApi::ObtainErrorInfo());
 }
 
+/// The way into the service's object.
+template <class Call>
+HRESULT CallService(Call&& call)
+{
+    HRESULT hr = E_FAIL;
+    OvCallOut([&] { hr = call(); });
+    return hr;
+}
+
+/// Gives the reference back, reporting what the object throws at it.
+template <class T>
+void Release(COvForeignPtr<T>& sp)
+{
+    T* const p = sp.release();
+    OvCallOut([p] { p->Release(); });
+}
+
+/// A value of the service, which may hold an object of it.
+struct CServiceValue
+{
+    CServiceValue() { ::VariantInit(&value); }
+    ~CServiceValue()
+    {
+        try
+        {
+            OvCallOut([this] { ::VariantClear(&value); });
+        }
+        catch (...)
+        {
+            // given up, as an object that cannot be released
+        }
+    }
+    CServiceValue(const CServiceValue&) = delete;
+    CServiceValue& operator=(const CServiceValue&) = delete;
+
+    VARIANT value;
+};
+
 } // namespace
 
 // Whatever the work throws is reported under one sentence; the exception's own evidence is not.
@@ -29,7 +68,9 @@ bool CPatchApi::Guard(const wchar_t* szFailure, Work&& work) noexcept
 {
     try
     {
-        return work();
+        bool bDone = false;
+        OvCallIn([&] { bDone = work(); });
+        return bDone;
     }
     catch (...)
     {
@@ -38,20 +79,35 @@ bool CPatchApi::Guard(const wchar_t* szFailure, Work&& work) noexcept
     }
 }
 
+CPatchApi::~CPatchApi()
+{
+    if (m_spApi)
+        Guard(L"Exception occurred releasing the Patch API", [&] {
+            Release(m_spApi);
+            return true;
+        });
+}
+
 bool CPatchApi::Connect() noexcept
 {
     OV_SCOPE(L"CPatchApi::Connect");
     return m_spApi || Guard(L"Exception occurred connecting to the Patch API", [&] { return CreateApi(); });
 }
 
+// What is stored beside a failure or an exception is not looked at.
 bool CPatchApi::CreateApi()
 {
-    COvComPtr<IUnknown> spUnknown;
-    const HRESULT hr = ::CoCreateInstance(CLSID_TrevokPatchApi, nullptr, CLSCTX_ALL, IID_IUnknown,
-                                          reinterpret_cast<void**>(spUnknown.Receive()));
-    if (FAILED(hr))
+    void* pCreated = nullptr;
+    const HRESULT hr = CallService(
+        [&] { return ::CoCreateInstance(CLSID_TrevokPatchApi, nullptr, CLSCTX_ALL, IID_IUnknown, &pCreated); });
+    if (FAILED(hr) || pCreated == nullptr)
         return false;
-    QueryInterfaceChecked(spUnknown.Get(), m_spApi, IID_ITrevokPatchApi, L"ITrevokPatchApi");
+    COvForeignPtr<IUnknown> spUnknown(static_cast<IUnknown*>(pCreated));
+    COvComPtr<ITrevokPatchApi> spApi;
+    QueryInterfaceChecked(spUnknown.get(), spApi, IID_ITrevokPatchApi, L"ITrevokPatchApi");
+    COvForeignPtr<ITrevokPatchApi> spConnected(spApi.Detach());
+    Release(spUnknown);
+    m_spApi = std::move(spConnected);
     return true;
 }
 
@@ -72,10 +128,10 @@ bool CPatchApi::SetPolicySettings(const std::wstring& settingsXml) noexcept
 
 bool CPatchApi::PushSettings(const std::wstring& settingsXml)
 {
-    _variant_t settings;
-    settings.bstrVal = COvBstr(settingsXml).Detach();
-    settings.vt = VT_BSTR;
-    const HRESULT hr = m_spApi->SetState(StateSettingsPolicy, settings);
+    CServiceValue settings;
+    settings.value.bstrVal = COvBstr(settingsXml).Detach();
+    settings.value.vt = VT_BSTR;
+    const HRESULT hr = CallService([&] { return m_spApi->SetState(StateSettingsPolicy, settings.value); });
     if (SUCCEEDED(hr))
         return true;
     m_pTrace->Warning(InfoMsg(L"Unable to apply policy settings") +
@@ -107,7 +163,7 @@ bool CPatchApi::GetStatusInfo(bool* pbWuaInstalled, bool* pbWuaCompatible, std::
 
 bool CPatchApi::ReadState(PatchApiStateId stateId, VARTYPE vtExpected, const wchar_t* szFailure, VARIANT* pValue)
 {
-    HRESULT hr = m_spApi->GetState(stateId, pValue);
+    HRESULT hr = CallService([&] { return m_spApi->GetState(stateId, pValue); });
     if (SUCCEEDED(hr) && pValue->vt != vtExpected)
         hr = DISP_E_TYPEMISMATCH;
     if (SUCCEEDED(hr))
@@ -118,19 +174,20 @@ bool CPatchApi::ReadState(PatchApiStateId stateId, VARTYPE vtExpected, const wch
 
 bool CPatchApi::ReadBool(PatchApiStateId stateId, const wchar_t* szFailure, bool* pbValue)
 {
-    _variant_t value;
-    if (!ReadState(stateId, VT_BOOL, szFailure, &value))
+    CServiceValue state;
+    if (!ReadState(stateId, VT_BOOL, szFailure, &state.value))
         return false;
-    *pbValue = value.boolVal != VARIANT_FALSE;
+    *pbValue = state.value.boolVal != VARIANT_FALSE;
     return true;
 }
 
 bool CPatchApi::ReadVersion(PatchApiStateId stateId, const wchar_t* szFailure, std::wstring* pstrVersion)
 {
-    _variant_t value;
-    if (!ReadState(stateId, VT_BSTR, szFailure, &value))
+    CServiceValue state;
+    if (!ReadState(stateId, VT_BSTR, szFailure, &state.value))
         return false;
-    *pstrVersion = COvVersion(value.bstrVal == nullptr ? L"" : value.bstrVal).AsStr(); // a null BSTR is an empty text
+    const BSTR bstrVersion = state.value.bstrVal;
+    *pstrVersion = COvVersion(bstrVersion == nullptr ? L"" : bstrVersion).AsStr(); // a null BSTR is an empty text
     return true;
 }
 
@@ -139,9 +196,11 @@ std::wstring CPatchApi::ObtainErrorInfo() noexcept
     OV_SCOPE(L"CPatchApi::ObtainErrorInfo");
     try
     {
-        return OvTakeErrorInfoText(L"IErrorInfo Desc: ");
+        std::wstring strText;
+        OvCallIn([&] { strText = OvTakeErrorInfoText(L"IErrorInfo Desc: "); });
+        return strText;
     }
-    catch (...) // no memory for the text: the report goes on without it
+    catch (...) // no memory for the text, or a text that nobody can read: the report goes on without it
     {
         return {};
     }

@@ -1,7 +1,7 @@
 // The client of the patch service.
 #pragma once
 
-#include "ovCore/OvComPtr.h"
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvEvent.h"
 #include "PatchTrace.h"
 #include "TrevokPatchApi.h"
@@ -13,11 +13,14 @@
 /// one thread, which must have entered a COM apartment and must not leave it while the object lives.
 ///
 /// No operation lets an exception out. A failure is written to the trace as a report (kind 1) and the result is false.
+/// That holds for whatever the service's object does in this process, but for a machine fault on a thread without a
+/// translator.
 class CPatchApi
 {
 public:
     /// @param pTrace  not null, not owned.
     explicit CPatchApi(CPatchTrace* pTrace) : m_pTrace(pTrace) {}
+    ~CPatchApi();
     CPatchApi(const CPatchApi&) = delete;
     CPatchApi& operator=(const CPatchApi&) = delete;
 
@@ -47,8 +50,8 @@ private:
     bool ReadBool(PatchApiStateId stateId, const wchar_t* szFailure, bool* pbValue);
     bool ReadVersion(PatchApiStateId stateId, const wchar_t* szFailure, std::wstring* pstrVersion);
 
-    COvComPtr<ITrevokPatchApi> m_spApi; // empty until Connect succeeds
-    CPatchTrace* m_pTrace;              // not owned
+    COvForeignPtr<ITrevokPatchApi> m_spApi; // empty until Connect succeeds
+    CPatchTrace* m_pTrace;                  // not owned
 };
 
 /// Opens the service's event, as COvEvent::OpenWithWait does; never null. Lets std::bad_alloc out.

@@ -78,13 +78,12 @@ void CPatchAdapter::SavePolicyRevId()
     key.SetValue(s_szRevisionName, m_wzRevId);
 }
 
-// Nothing is caught here. The call does not go through OvCallOut: an exception of the host's compiler passes through
-// to the host, which alone can take it; turned into one of ours it would find no handler. Such a one runs no destructor
-// of ours on its way, so that the exit line is missing then.
+// Nothing is caught here: what the receiver throws goes on to the host. An exception of the host's compiler runs no
+// destructor of ours on its way, so the exit line is written for it.
 bool CPatchAdapter::GetConfiguration(IConfigurationReceiver* pReceiver)
 {
     const CPatchTraceScope scope(&m_Trace, s_szGetConfiguration);
     if (!RefuseNull(pReceiver, L"A null configuration receiver was passed", s_szGetConfiguration))
-        pReceiver->OnConfiguration("");
+        OvCallThrough([&] { pReceiver->OnConfiguration(""); }, [&] { m_Trace.Leave(s_szGetConfiguration); });
     return true;
 }

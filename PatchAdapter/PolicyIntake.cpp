@@ -31,7 +31,7 @@ constexpr bool s_bPreserveWhitespace = true;
 void CPatchAdapter::SetConfiguration(const char* pszConfiguration)
 {
     const CPatchTraceScope scope(&m_Trace, s_szSetConfiguration);
-    GuardBoundary(m_Trace, s_szSource, s_szSetConfiguration, [&] {
+    GuardBoundary(m_Trace, s_szSource, __LINE__, s_szSetConfiguration, [&] {
         m_Trace.Info(L"Received configuration");
         m_Trace.Detail(L"Configuration", pszConfiguration);
         LoadConfigurationXML(COvStringUtil::NarrowToWide(pszConfiguration));
@@ -116,6 +116,8 @@ void CPatchAdapter::ReadChildren(const COvXmlNode& mainNode, const std::wstring&
 void CPatchAdapter::ReadComp(const COvXmlNode& comp)
 {
     const COvSingleLock lock(&m_csStatus, true);
-    m_wzRevId = AttrText(comp, L"RevID");
-    m_lPolicyType = comp.GetAttrValueLong(COvBstr(L"policyType").Get());
+    OvCallIn([&] { // the parser is not ours: whatever it does, the lock is released
+        m_wzRevId = AttrText(comp, L"RevID");
+        m_lPolicyType = comp.GetAttrValueLong(COvBstr(L"policyType").Get());
+    });
 }

@@ -1,8 +1,8 @@
 // The status document: what the service, the registry record and the library say, as the host gets it.
 #include "AdapterEvidence.h"
 #include "GuardBoundary.h"
-#include "ovCore/OvDateTime.h"
 #include "ovCore/OvCallOut.h"
+#include "ovCore/OvDateTime.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
 #include "PatchAdapter.h"
@@ -62,7 +62,7 @@ struct CPatchAdapter::CServiceStatus
 bool CPatchAdapter::GetStatus(IStatusReceiver* pReceiver)
 {
     const CPatchTraceScope scope(&m_Trace, s_szGetStatus);
-    GuardBoundary(m_Trace, s_szSource, s_szGetStatus, [&] {
+    GuardBoundary(m_Trace, s_szSource, __LINE__, s_szGetStatus, [&] {
         if (!RefuseNull(pReceiver, L"A null status receiver was passed", s_szGetStatus))
             ReportStatus(pReceiver);
     });

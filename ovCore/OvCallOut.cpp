@@ -1,7 +1,18 @@
 #include "ovCore/OvCallOut.h"
 
-// One compiler builds both sides here: an exception passes on its own.
-void OvCallGuarded(void (*pfnCall)(void*), void* pContext)
+// One compiler builds both sides here: an exception passes on its own, and every destructor on its way runs.
+
+void OvRunOut(const COvCall& call)
 {
-    pfnCall(pContext);
+    call();
+}
+
+void OvRunIn(const COvCall& call)
+{
+    call();
+}
+
+void OvRunThrough(const COvCall& call, const COvCall&)
+{
+    call();
 }

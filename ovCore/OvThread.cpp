@@ -1,5 +1,6 @@
 #include "ovCore/OvThread.h"
 
+#include "ovCore/OvCallOut.h"
 #include "ovCore/OvSehExceptionHandler.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStackTrace.h"
@@ -54,6 +55,19 @@ void WaitWithMessages(HANDLE h)
     {
         if (DispatchUntilSignalled(h))
             return;
+    }
+}
+
+/// Objects of other makers may go with the apartment: what they throw is dropped.
+void LeaveApartment() noexcept
+{
+    try
+    {
+        OvCallOut([] { ::CoUninitialize(); });
+    }
+    catch (...)
+    {
+        // nobody is left to hear of it
     }
 }
 
@@ -212,7 +226,7 @@ unsigned __stdcall COvThread::ThreadProc(void* pThdCls)
     CRun run;
     try
     {
-        pThread->Run(run);
+        OvCallIn([&] { pThread->Run(run); });
     }
     catch (const std::exception& e)
     {
@@ -237,7 +251,7 @@ void COvThread::HandleError(COvThread* pThdCls, const COvException& e)
     try
     {
         pThdCls->m_pLastError = std::make_unique<COvException>(e);
-        pThdCls->Error(e);
+        OvCallIn([&] { pThdCls->Error(e); });
     }
     catch (...)
     {
@@ -302,7 +316,7 @@ void COvThread::EndRun(const CRun& run)
     if (bDelete)
         delete this;
     if (run.bInApartment)
-        ::CoUninitialize();
+        LeaveApartment();
 }
 
 void COvThread::WriteDestructionLine() const noexcept

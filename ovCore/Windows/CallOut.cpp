@@ -8,12 +8,14 @@
 namespace
 {
 
-/// One call into the host, and what it threw.
+/// One call under a structured handler, and what it threw.
 struct CGuardedCall
 {
-    void (*pfnCall)(void*);
-    void* pContext;
-    std::exception_ptr pThrown;
+    const COvCall& call;
+    const COvCall* pPassed = nullptr; // set: exceptions pass, and this is called when one does
+    bool bOwnCode = false;
+    const void* pOuterLimit = nullptr; // of our own code, while this call has its own
+    std::exception_ptr pThrown = nullptr;
 };
 
 /// The handler's record in the list of the thread's structured handlers, as OvRunGuarded lays it out.
@@ -55,9 +57,11 @@ extern "C"
     /// record in the list.
     void OvMakeGuardedCall(CGuardedCall* pCall) noexcept
     {
+        if (pCall->bOwnCode)
+            pCall->pOuterLimit = OvLimitOwnCode();
         try
         {
-            pCall->pfnCall(pCall->pContext);
+            pCall->call();
         }
         catch (...)
         {
@@ -65,25 +69,53 @@ extern "C"
         }
     }
 
-    /// The structured handler of a guarded call. Called again while frames are unwound, when there is nothing to do.
+    /// The structured handler of a guarded call. Called again while frames are unwound.
     EXCEPTION_DISPOSITION __cdecl OvOnException(EXCEPTION_RECORD* pException, CHandlerRecord* pRecord,
-                                                    CONTEXT* pContext, void*)
+                                                CONTEXT* pContext, void*)
     {
         const DWORD dwUnwinding = 0x2 | 0x4; // going out, or for good
-        if ((pException->ExceptionFlags & dwUnwinding) == 0)
+        const bool bUnwinding = (pException->ExceptionFlags & dwUnwinding) != 0;
+        CGuardedCall& call = *pRecord->pCall;
+        if (call.pPassed != nullptr)
         {
-            pRecord->pCall->pThrown = Translate(pException, pContext);
-            if (pRecord->pCall->pThrown)
+            if (bUnwinding)
+                (*call.pPassed)();
+        }
+        else if (!bUnwinding)
+        {
+            call.pThrown = Translate(pException, pContext);
+            if (call.pThrown)
                 OvEndGuarded(pRecord, pException);
         }
         return ExceptionContinueSearch;
     }
 }
 
-void OvCallGuarded(void (*pfnCall)(void*), void* pContext)
+namespace
 {
-    CGuardedCall call = { pfnCall, pContext, nullptr };
+
+void Run(CGuardedCall call)
+{
     OvRunGuarded(&call);
+    if (call.pOuterLimit != nullptr)
+        OvRestoreOwnCode(call.pOuterLimit);
     if (call.pThrown)
         std::rethrow_exception(call.pThrown);
+}
+
+} // namespace
+
+void OvRunOut(const COvCall& call)
+{
+    Run({ call });
+}
+
+void OvRunIn(const COvCall& call)
+{
+    Run({ call, nullptr, true });
+}
+
+void OvRunThrough(const COvCall& call, const COvCall& passed)
+{
+    Run({ call, &passed });
 }

@@ -1,7 +1,11 @@
 #include "FaultFrame.h"
 
 #include <array>
+#include <cstring>
 #include <unwind.h>
+
+/// What the compiler calls before it makes a large frame: touches each of its pages, its size in eax.
+extern "C" void __chkstk_ms();
 
 namespace
 {
@@ -10,6 +14,21 @@ namespace
 using CRegister = DWORD CONTEXT::*;
 const std::array<CRegister, 8> s_registers = { &CONTEXT::Eax, &CONTEXT::Ecx, &CONTEXT::Edx, &CONTEXT::Ebx,
                                                nullptr,       &CONTEXT::Ebp, &CONTEXT::Esi, &CONTEXT::Edi };
+
+DWORD StackProbe()
+{
+    return reinterpret_cast<DWORD>(&__chkstk_ms);
+}
+
+const DWORD s_nProbeCallSize = 5; // 0xE8 and the distance
+
+bool IsStackProbeCall(DWORD nInstruction)
+{
+    const BYTE* const pCode = reinterpret_cast<const BYTE*>(nInstruction);
+    DWORD nDistance;
+    std::memcpy(&nDistance, pCode + 1, sizeof(nDistance));
+    return pCode[0] == 0xE8 && nInstruction + s_nProbeCallSize + nDistance == StackProbe();
+}
 
 bool IsCall(const BYTE* pCode)
 {
@@ -54,10 +73,31 @@ void StepOut(CONTEXT* pContext)
 void OvPrepareUnwinding(CFaultFrame* pFrame)
 {
     // A function that finds no stack while it sets up its frame is in no state that could be unwound by its own tables,
-    // and has nothing to clean up yet; at a call it has.
+    // and has nothing to clean up yet; at a call it has, unless that is the one which makes its frame.
+    const DWORD nInstruction = pFrame->context.Eip;
     const bool bOverflow = pFrame->record.ExceptionCode == EXCEPTION_STACK_OVERFLOW;
-    if (bOverflow && !IsCall(reinterpret_cast<const BYTE*>(pFrame->context.Eip)))
+    if (bOverflow && (!IsCall(reinterpret_cast<const BYTE*>(nInstruction)) || IsStackProbeCall(nInstruction)))
         StepOut(&pFrame->context);
+}
+
+// The probe begins with one-byte instructions that save ecx and then eax.
+void OvLeaveStackProbe(CONTEXT* pContext)
+{
+    const DWORD nSize = 0x2A;
+    const DWORD nOffset = pContext->Eip - StackProbe();
+    if (nOffset >= nSize)
+        return;
+    const DWORD nPushed = nOffset < 2 ? nOffset : 2;
+    const DWORD* const pStack = reinterpret_cast<const DWORD*>(pContext->Esp);
+    const DWORD nCall = pStack[nPushed] - s_nProbeCallSize;
+    if (!IsStackProbeCall(nCall))
+        return;
+    if (nPushed == 2)
+        pContext->Eax = pStack[0];
+    if (nPushed > 0)
+        pContext->Ecx = pStack[nPushed - 1];
+    pContext->Esp += (nPushed + 1) * sizeof(DWORD);
+    pContext->Eip = nCall;
 }
 
 bool OvIsUnwindable(DWORD nInstruction)

@@ -31,5 +31,9 @@ extern "C"
 /// Makes the interrupted registers of a fault fit to unwind from. On the faulting thread's own stack only.
 void OvPrepareUnwinding(CFaultFrame* pFrame);
 
+/// Moves the registers of a stack overflow out of the compiler's stack probe, which has no unwind tables, back to the
+/// call of it. Does nothing when the fault lies elsewhere.
+void OvLeaveStackProbe(CONTEXT* pContext);
+
 /// Whether the instruction belongs to a function of this module that can be unwound.
 bool OvIsUnwindable(DWORD nInstruction);

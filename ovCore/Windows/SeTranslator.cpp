@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <malloc.h>
+#include <utility>
 
 namespace
 {
@@ -22,8 +23,8 @@ struct CThreadFaults
     CThreadFaults& operator=(const CThreadFaults&) = delete;
 
     _se_translator_function pfnTranslator = nullptr;
-    const void* pNewestHandler = nullptr; // the thread's when the translator was set
-    CFaultFrame fault = {};               // on its way to the trampoline
+    const void* pLimit = nullptr; // the structured handler under which our own code runs; newer ones are others'
+    CFaultFrame fault = {};       // on its way to the trampoline
 };
 
 LONG CALLBACK OnException(EXCEPTION_POINTERS* pPointers);
@@ -107,14 +108,14 @@ struct CHandlerRecord
     const void* pfnHandler;
 };
 
-/// Whether code between the translator's setting and the fault has a structured handler of its own. Records below the
-/// interrupted stack pointer are the dispatcher's.
+/// Whether code that our own has called has a structured handler. Records below the interrupted stack pointer are the
+/// dispatcher's.
 bool HasInnerHandler(const CThreadFaults& faults, const CONTEXT& context)
 {
     const CHandlerRecord* pRecord = static_cast<const CHandlerRecord*>(NewestHandler());
     while (reinterpret_cast<DWORD>(pRecord) < context.Esp)
         pRecord = pRecord->pNext;
-    return pRecord < faults.pNewestHandler;
+    return pRecord < faults.pLimit;
 }
 
 /// Moves the registers from a place that holds no code back into the instruction that called it.
@@ -130,6 +131,8 @@ bool GoToFaultingInstruction(const EXCEPTION_RECORD& record, CONTEXT& context)
     const bool bAccess = record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && record.NumberParameters >= 2;
     if (bAccess && record.ExceptionInformation[1] == context.Eip)
         ReturnToCaller(context);
+    else if (record.ExceptionCode == EXCEPTION_STACK_OVERFLOW)
+        OvLeaveStackProbe(&context);
     return OvIsUnwindable(context.Eip);
 }
 
@@ -185,12 +188,23 @@ _se_translator_function OvTranslatorFor(DWORD dwCode) noexcept
     return pFaults != nullptr ? TranslatorFor(*pFaults, dwCode) : nullptr;
 }
 
+const void* OvLimitOwnCode() noexcept
+{
+    CThreadFaults* const pFaults = ThisThread();
+    return pFaults != nullptr ? std::exchange(pFaults->pLimit, NewestHandler()) : nullptr;
+}
+
+void OvRestoreOwnCode(const void* pLimit) noexcept
+{
+    ThisThread()->pLimit = pLimit;
+}
+
 _se_translator_function __cdecl _set_se_translator(_se_translator_function pNew)
 {
     static const CFaultHandler s_handler;
     thread_local CThreadFaults s_faults;
     ::_resetstkoflw(); // puts the guard where it leaves the reserve; it may be spent, or not yet know of the reserve
-    s_faults.pNewestHandler = NewestHandler();
+    s_faults.pLimit = NewestHandler();
     const _se_translator_function pOld = s_faults.pfnTranslator;
     s_faults.pfnTranslator = pNew;
     return pOld;

@@ -1,8 +1,11 @@
 // What the host's callbacks throw: what is written of it, by the operation that called and by the monitor.
 #include "AdapterFixture.h"
+#include "HostThrow.h"
 #include "Masking.h"
+#include "ovCore/OvCallOut.h"
 #include "Raised.h"
 
+#include <set>
 #include <thread>
 
 namespace
@@ -100,8 +103,28 @@ TEST_F(ForeignException, IsWrittenBeforeTheLockIsReleased)
 TEST_F(ForeignException, OfAConfigurationReceiverIsTheHostsOwn)
 {
     StartAdapter();
-    CListener receiver([] { throw 5; });
+    CListener receiver(ThrowAsHost);
+    const auto asTheHost = [&] { OvCallOut([&] { Adapter().GetConfiguration(&receiver); }); };
     const std::string name = "Function: CPatchAdapter::GetConfiguration\n";
-    EXPECT_EQ("4 Entering " + name + "4 Exiting " + name,
-              m_sink.TranscriptOf([&] { EXPECT_THROW(Adapter().GetConfiguration(&receiver), int); }));
+    EXPECT_EQ("4 Entering " + name + "4 Exiting " + name, m_sink.TranscriptOf([&] { EXPECT_ANY_THROW(asTheHost()); }));
+}
+
+TEST_F(ForeignException, CarriesTheLineOfTheOperationThatCaughtIt)
+{
+    StartWithService();
+    m_sink.Clear();
+    std::set<std::string> lines;
+    for (void (*const pfnThrow)() : { +[] { throw std::runtime_error("x"); }, +[] { throw 5; } })
+    {
+        CListener thrower(pfnThrow);
+        Adapter().GetStatus(&thrower);
+        Adapter().RegisterStateObserver(&thrower);
+        Adapter().SetConfiguration(PolicyConfiguring("").c_str());
+        Adapter().DeRegisterStateObserver(&thrower);
+    }
+    for (const CTold& told : m_sink.All())
+        if (told.what == "0")
+            lines.insert(told.text.substr(0, told.text.find(" Evidence:")));
+    EXPECT_EQ(6u, m_sink.CountOf("0"));
+    EXPECT_EQ(3u, lines.size());
 }

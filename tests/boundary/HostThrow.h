@@ -1,4 +1,4 @@
-// Throws as a host's own code would: with an exception of the platform's own compiler.
+// Throws as a host's own code would: with an exception of the platform's own compiler, from a module of its own.
 #pragma once
 
 [[noreturn]] void ThrowAsHost();

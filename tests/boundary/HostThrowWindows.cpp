@@ -3,9 +3,15 @@
 #include "OvPlatform.h"
 
 #include <cstdlib>
+#include <iterator>
 
 void ThrowAsHost()
 {
-    ::RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); // the code of that compiler's C++ exceptions
+    static int s_nThrown = 5;
+    static ULONG_PTR s_type[4] = {}; // how to destroy and to catch it: nobody of that compiler is there to look
+    const ULONG_PTR parameters[] = { 0x19930520, reinterpret_cast<ULONG_PTR>(&s_nThrown),
+                                     reinterpret_cast<ULONG_PTR>(s_type) };
+    const DWORD nParameters = static_cast<DWORD>(std::size(parameters));
+    ::RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, nParameters, parameters); // that compiler's code
     std::abort();
 }

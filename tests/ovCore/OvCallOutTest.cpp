@@ -1,7 +1,8 @@
-// Exceptions and faults in calls into the host, which are plain calls elsewhere than on Windows.
+// Exceptions and faults in foreign code, calls into which are plain calls elsewhere than on Windows.
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 
+#include "HostThrow.h"
 #include "MachineFaults.h"
 #include "TestWorker.h"
 
@@ -9,7 +10,6 @@
 
 #include <functional>
 #include <future>
-#include <map>
 #include <memory>
 #include <thread>
 
@@ -134,21 +134,67 @@ TEST(OvCallOut, ArrivesAsOneOfOurs)
                  COvForeignException);
 }
 
-TEST(OvCallOut, EndsInAWorkersErrorAsASoftwareExceptionDoes)
+TEST(OvCallOut, WhatForeignCodeThrowsOrMeetsEndsInAWorkersError)
 {
-    for (const auto& [dwCode, szError] : std::map<DWORD, const wchar_t*>{
-             { s_dwMsCppException, L"Msg: Unknown exception caught.\rStack Dump: \r" },
-             { 0xE0001234, L"SEH Information: SEH Exception: 0xe0001234\r \rStack Dump: \r" } })
+    const wchar_t* const pNowhere = reinterpret_cast<const wchar_t*>(8);
+    size_t (*volatile pfnLength)(const wchar_t*) = ::wcslen; // or the compiler counts itself
+    const std::wstring strUnknown = L"Msg: Unknown exception caught.\rStack Dump: \r";
+    const struct
     {
-        CTestWorker worker([dwThrown = dwCode](CTestWorker&) -> DWORD {
+        const char* szWhat;
+        std::wstring strError;
+        std::function<void()> meet;
+    } rows[] = {
+        { "thrown", strUnknown, ThrowAsHost },
+        { "raised", EvidenceOf(0xE0001234), [] { RaiseInForeignCode(0xE0001234); } },
+        { "raised as a fault", EvidenceOf(0xC0000005), [] { RaiseInForeignCode(0xC0000005); } },
+        { "OutputDebugStringW", EvidenceOf(0xC0000005), [=] { ::OutputDebugStringW(pNowhere); } },
+        { "SysStringLen", EvidenceOf(0xC0000005), [=] { ::SysStringLen(const_cast<BSTR>(pNowhere)); } },
+        { "wcslen", EvidenceOf(0xC0000005), [&] { pfnLength(pNowhere); } },
+        { "DebugBreak", EvidenceOf(0x80000003), ::DebugBreak },
+    };
+    COvCriticalSection section;
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.szWhat);
+        CTestWorker inBody([&](CTestWorker&) -> DWORD { return row.meet(), 1; });
+        CTestWorker inCall([&](CTestWorker&) -> DWORD {
             ::OutputDebugStringW(L"note\r\n"); // an exception too, and no matter of ours
+            COvSingleLock lock(&section, true);
             OvCallOut([] { ::OutputDebugStringW(L"note\r\n"); });
-            OvCallOut([=] { RaiseInForeignCode(dwThrown); });
+            OvCallOut(row.meet);
             return 1;
         });
-        worker.RunToItsEnd();
-        EXPECT_EQ(szError, worker.m_strError);
+        CTestWorker inError([](CTestWorker&) -> DWORD { throw 1; });
+        inError.m_onError = row.meet; // the error of an error is dropped
+        for (CTestWorker* const pWorker : { &inBody, &inCall, &inError })
+        {
+            pWorker->RunToItsEnd();
+            EXPECT_EQ("before work error ", pWorker->m_strCalls);
+            EXPECT_EQ(pWorker == &inError ? strUnknown : row.strError, pWorker->m_strError);
+        }
+        std::thread([&] { COvSingleLock lock(&section, true); }).join(); // it is free
     }
+}
+
+TEST(OvCallOut, FaultsOfOurOwnBelowForeignCodeKeepTheirCleanUps)
+{
+    COvCriticalSection section;
+    CTestWorker worker([&](CTestWorker&) -> DWORD {
+        OvCallOut([&] {
+            UnderForeignHandler([&] { // calls us again
+                EXPECT_THROW(OvCallIn([&] {
+                                 COvSingleLock lock(&section, true);
+                                 ReadNowhere();
+                             }),
+                             COvException);
+            });
+        });
+        return 1;
+    });
+    worker.RunToItsEnd();
+    EXPECT_EQ("before work after ", worker.m_strCalls);
+    std::thread([&] { COvSingleLock lock(&section, true); }).join();
 }
 
 TEST(OvCallOut, FaultsAreLeftToTheHostWithoutATranslatorAndUnderItsOwnHandler)

@@ -1,6 +1,7 @@
 // A worker whose body is a function object.
 #pragma once
 
+#include "ovCore/OvSehExceptionHandler.h"
 #include "ovCore/OvThread.h"
 
 #include <functional>
@@ -69,3 +70,19 @@ private:
     Work m_work;
     std::mutex m_mutex;
 };
+
+/// The evidence with which a fault of this code reaches a worker's Error.
+inline std::wstring EvidenceOf(DWORD dwCode)
+{
+    EXCEPTION_RECORD record = {};
+    record.ExceptionCode = dwCode;
+    EXCEPTION_POINTERS pointers = { &record, nullptr };
+    try
+    {
+        SEHtoExceptionTranslation(dwCode, &pointers);
+    }
+    catch (const COvException& e)
+    {
+        return e.GetEvidence(nullptr);
+    }
+}

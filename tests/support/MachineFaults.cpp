@@ -77,17 +77,19 @@ FAULTING void Halt()
     asm volatile("hlt");
 }
 
+template <int nFrame>
 FAULTING int RunAway(int n)
 {
     const CCleanUp cleanUp;
-    volatile char frame[200];
-    frame[n % 200] = 1;
-    return s_bDeeper ? RunAway(n + 1) + frame[0] : 0;
+    volatile char frame[nFrame];
+    frame[n % nFrame] = 1;
+    return s_bDeeper ? RunAway<nFrame>(n + 1) + frame[0] : 0;
 }
 
+template <int nFrame>
 FAULTING void RunAwayFromHere()
 {
-    RunAway(0);
+    RunAway<nFrame>(0);
 }
 
 template <void (*pfnFault)()>
@@ -116,7 +118,10 @@ const std::vector<CMachineFault>& MachineFaults()
         { "undefined instruction", EXCEPTION_ILLEGAL_INSTRUCTION, Meet<Undefined> },
         { "privileged instruction", EXCEPTION_PRIV_INSTRUCTION, Meet<Halt> },
         { "breakpoint", EXCEPTION_BREAKPOINT, Meet<Break> },
-        { "recursion", EXCEPTION_STACK_OVERFLOW, Meet<RunAwayFromHere> },
+        { "recursion", EXCEPTION_STACK_OVERFLOW, Meet<RunAwayFromHere<200>>, 1000 },
+        { "recursion in frames of a page", EXCEPTION_STACK_OVERFLOW, Meet<RunAwayFromHere<4'000>>, 100 },
+        { "recursion in larger frames", EXCEPTION_STACK_OVERFLOW, Meet<RunAwayFromHere<20'000>>, 20 },
+        { "recursion in huge frames", EXCEPTION_STACK_OVERFLOW, Meet<RunAwayFromHere<200'000>>, 4 },
     };
     return s_faults;
 }
