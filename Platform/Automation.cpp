@@ -1,7 +1,7 @@
-#include "Automation.h"
+#include "Platform/Automation.h"
 
-#include "Counters.h"
-#include "VariantTypes.h"
+#include "Platform/Com/VariantTypes.h"
+#include "Platform/Kernel/Counters.h"
 
 #include <cstdlib>
 #include <cstring>

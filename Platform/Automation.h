@@ -2,7 +2,7 @@
 // that the compiler's COM support library gives C++ code (_com_error, _variant_t).
 #pragma once
 
-#include "Com.h"
+#include "Platform/Com.h"
 
 /// Points to UTF-16 units, one in each element, that a NUL follows; the count of units stands before them. Null is
 /// valid and counts as empty. May hold NULs.

@@ -1,11 +1,11 @@
-#include "CodePages.h"
+#include "Platform/CodePages.h"
 
-#include "AsciiBlocks.h"
-#include "CodePageBestFit.h"
-#include "CodePageTable.h"
-#include "Control.h"
-#include "Guard.h"
-#include "Utf8.h"
+#include "Platform/Control.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Text/AsciiBlocks.h"
+#include "Platform/Text/CodePageBestFit.h"
+#include "Platform/Text/CodePageTable.h"
+#include "Platform/Text/Utf8.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 // Conversion between code pages and UTF-16. Wide texts are counted in UTF-16 units, one per wchar_t.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr UINT CP_ACP = 0;        ///< the ANSI code page: 1252 unless Control changes it
 constexpr UINT CP_THREAD_ACP = 3; ///< the same here

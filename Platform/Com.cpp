@@ -1,10 +1,10 @@
-#include "Com.h"
+#include "Platform/Com.h"
 
-#include "Apartments.h"
-#include "ClassTable.h"
-#include "ComPtr.h"
-#include "Control.h"
-#include "Counters.h"
+#include "Platform/Com/Apartments.h"
+#include "Platform/Com/ClassTable.h"
+#include "Platform/Com/ComPtr.h"
+#include "Platform/Control.h"
+#include "Platform/Kernel/Counters.h"
 
 #include <algorithm>
 #include <list>

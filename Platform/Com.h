@@ -1,8 +1,8 @@
 // The component object model: apartments of threads, class objects, creation of objects.
 #pragma once
 
-#include "Errors.h"
-#include "Types.h"
+#include "Platform/Errors.h"
+#include "Platform/Types.h"
 
 using LPOLESTR = OLECHAR*;
 using LPCOLESTR = const OLECHAR*;

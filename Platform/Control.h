@@ -1,7 +1,7 @@
 // What tests, and the native host tool, may turn and read of the stand-in. The product never includes this.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 #include <set>
 #include <string>

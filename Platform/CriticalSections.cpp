@@ -1,4 +1,4 @@
-#include "CriticalSections.h"
+#include "Platform/CriticalSections.h"
 
 #include <cstdio>
 #include <cstdlib>

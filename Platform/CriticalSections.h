@@ -2,7 +2,7 @@
 // that look for races and lock-order faults know them.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 #include <pthread.h>
 

@@ -1,7 +1,7 @@
-#include "Debugger.h"
+#include "Platform/Debugger.h"
 
-#include "Control.h"
-#include "Threads.h"
+#include "Platform/Control.h"
+#include "Platform/Threads.h"
 
 #include <mutex>
 #include <new>

@@ -1,7 +1,7 @@
 // The debugger's output stream. Nothing listens to it but a test that captures it (see Control.h).
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 extern "C"
 {

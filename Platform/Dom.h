@@ -21,7 +21,7 @@
 // - The XML declaration is a processing instruction without an attribute map.
 #pragma once
 
-#include "Automation.h"
+#include "Platform/Automation.h"
 
 enum tagDOMNodeType : LONG
 {

@@ -1,4 +1,4 @@
-#include "Errors.h"
+#include "Platform/Errors.h"
 
 namespace
 {

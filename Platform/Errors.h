@@ -1,7 +1,7 @@
 // Result codes with the values that the platform documents.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr LONG ERROR_SUCCESS = 0;
 constexpr LONG NO_ERROR = 0;

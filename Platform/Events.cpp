@@ -1,8 +1,8 @@
-#include "Events.h"
+#include "Platform/Events.h"
 
-#include "Guard.h"
-#include "Handles.h"
-#include "Waitable.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Kernel/Waitable.h"
 
 #include <map>
 #include <string>

@@ -2,7 +2,7 @@
 // is open; other processes do not see it.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD EVENT_MODIFY_STATE = 0x0002;
 constexpr DWORD EVENT_ALL_ACCESS = 0x001F0003;

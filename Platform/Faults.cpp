@@ -1,8 +1,8 @@
-#include "Faults.h"
+#include "Platform/Faults.h"
 
-#include "FaultCodes.h"
-#include "FaultFrame.h"
-#include "StackReserve.h"
+#include "Platform/Faults/FaultCodes.h"
+#include "Platform/Faults/FaultFrame.h"
+#include "Platform/Faults/StackReserve.h"
 
 #include <array>
 #include <cerrno>

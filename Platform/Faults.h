@@ -2,7 +2,7 @@
 // fault that the processor reports.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD EXCEPTION_DATATYPE_MISALIGNMENT = 0x80000002u;
 constexpr DWORD EXCEPTION_BREAKPOINT = 0x80000003u;

@@ -1,9 +1,9 @@
-#include "Files.h"
+#include "Platform/Files.h"
 
-#include "FileNames.h"
-#include "Guard.h"
-#include "Handles.h"
-#include "KernelObject.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/KernelObject.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Text/FileNames.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -6,7 +6,7 @@
 // Windows.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD FILE_SHARE_READ = 0x00000001;
 constexpr DWORD FILE_SHARE_WRITE = 0x00000002;

@@ -1,12 +1,12 @@
-#include "Handles.h"
+#include "Platform/Handles.h"
 
-#include "Counters.h"
-#include "Guard.h"
-#include "KernelObject.h"
-#include "Processes.h"
-#include "ProcessObject.h"
-#include "ThreadObject.h"
-#include "Threads.h"
+#include "Platform/Kernel/Counters.h"
+#include "Platform/Kernel/KernelObject.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Kernel/ThreadObject.h"
+#include "Platform/Process/ProcessObject.h"
+#include "Platform/Processes.h"
+#include "Platform/Threads.h"
 
 #include <utility>
 #include <vector>

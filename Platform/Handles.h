@@ -3,7 +3,7 @@
 // ERROR_INVALID_HANDLE. Every call may come from any thread.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1)))
 

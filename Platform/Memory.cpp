@@ -1,6 +1,6 @@
-#include "Memory.h"
+#include "Platform/Memory.h"
 
-#include "Guard.h"
+#include "Platform/Kernel/LastError.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // Memory blocks of the platform.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr UINT LMEM_FIXED = 0x0000;
 constexpr UINT LMEM_ZEROINIT = 0x0040;

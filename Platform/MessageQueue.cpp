@@ -1,12 +1,12 @@
-#include "MessageQueue.h"
+#include "Platform/MessageQueue.h"
 
-#include "Guard.h"
-#include "Handles.h"
-#include "MessageQueueObject.h"
-#include "ThreadObject.h"
-#include "Threads.h"
-#include "Waitable.h"
-#include "Waits.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Kernel/MessageQueueObject.h"
+#include "Platform/Kernel/ThreadObject.h"
+#include "Platform/Kernel/Waitable.h"
+#include "Platform/Threads.h"
+#include "Platform/Waits.h"
 
 #include <algorithm>
 #include <deque>

@@ -2,7 +2,7 @@
 // are those posted to a thread.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 using HWND = struct HWND__*;
 using WPARAM = ULONG_PTR;

@@ -1,7 +1,7 @@
-#include "Messages.h"
+#include "Platform/Messages.h"
 
-#include "Guard.h"
-#include "Memory.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Memory.h"
 
 #include <algorithm>
 #include <cwchar>

@@ -1,7 +1,7 @@
 // The system's texts for result codes, in English.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 #include <cstdarg>
 

@@ -2,7 +2,7 @@
 // objects are destroyed after the second call, as on Windows; at the first, those of object files that the linker
 // places behind this one have not been constructed yet, so a DllMain may note its arguments but not use such objects.
 // There are no calls for threads.
-#include "Modules.h"
+#include "Platform/Modules.h"
 
 extern "C"
 {

@@ -1,11 +1,11 @@
-#include "Modules.h"
+#include "Platform/Modules.h"
 
-#include "FileNames.h"
-#include "Guard.h"
-#include "ProcessList.h"
-#include "ProcessObject.h"
-#include "SystemCalls.h"
-#include "Text.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Process/ProcessList.h"
+#include "Platform/Process/ProcessObject.h"
+#include "Platform/Process/SystemCalls.h"
+#include "Platform/Text/FileNames.h"
+#include "Platform/Text/Text.h"
 
 #include <algorithm>
 #include <cstdio>

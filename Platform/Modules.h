@@ -3,7 +3,7 @@
 // functions.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x00000008;
 constexpr DWORD LOAD_LIBRARY_SEARCH_SYSTEM32 = 0x00000800;

@@ -1,9 +1,9 @@
-#include "Processes.h"
+#include "Platform/Processes.h"
 
-#include "Guard.h"
-#include "Handles.h"
-#include "ProcessObject.h"
-#include "Waitable.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Kernel/Waitable.h"
+#include "Platform/Process/ProcessObject.h"
 
 #include <unistd.h>
 

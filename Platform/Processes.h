@@ -1,7 +1,7 @@
 // Processes: this one and the others, answered from the host system's process files. An id is the host system's.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD PROCESS_VM_READ = 0x0010;
 constexpr DWORD PROCESS_QUERY_INFORMATION = 0x0400;

@@ -1,8 +1,8 @@
-#include "Registry.h"
+#include "Platform/Registry.h"
 
-#include "Control.h"
-#include "Counters.h"
-#include "RegistryStore.h"
+#include "Platform/Control.h"
+#include "Platform/Kernel/Counters.h"
+#include "Platform/Registry/Store.h"
 
 #include <cstdlib>
 #include <cstring>

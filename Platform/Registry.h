@@ -12,8 +12,8 @@
 // of it is the key Wow6432Node below. No other key is redirected.
 #pragma once
 
-#include "Errors.h"
-#include "Types.h"
+#include "Platform/Errors.h"
+#include "Platform/Types.h"
 
 using HKEY = struct HKEY__*;
 using PHKEY = HKEY*;

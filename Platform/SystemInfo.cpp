@@ -1,9 +1,9 @@
-#include "SystemInfo.h"
+#include "Platform/SystemInfo.h"
 
-#include "Control.h"
-#include "Guard.h"
-#include "KernelObject.h"
-#include "SystemCalls.h"
+#include "Platform/Control.h"
+#include "Platform/Kernel/KernelObject.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Process/SystemCalls.h"
 
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 // GetProcAddress.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 struct OSVERSIONINFOW
 {

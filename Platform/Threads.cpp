@@ -1,11 +1,11 @@
-#include "Threads.h"
+#include "Platform/Threads.h"
 
-#include "Clock.h"
-#include "Guard.h"
-#include "Handles.h"
-#include "MessageQueueObject.h"
-#include "ThreadObject.h"
-#include "Waitable.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/Clock.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Kernel/MessageQueueObject.h"
+#include "Platform/Kernel/ThreadObject.h"
+#include "Platform/Kernel/Waitable.h"
 
 #include <algorithm>
 #include <atomic>

@@ -2,7 +2,7 @@
 // caller who measures a sleep finds what it asked for.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD STILL_ACTIVE = 259;
 constexpr unsigned CREATE_SUSPENDED = 4;

@@ -1,10 +1,10 @@
-#include "Tokens.h"
+#include "Platform/Tokens.h"
 
-#include "Guard.h"
-#include "Handles.h"
-#include "Processes.h"
-#include "ProcessObject.h"
-#include "Text.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Process/ProcessObject.h"
+#include "Platform/Processes.h"
+#include "Platform/Text/Text.h"
 
 #include <cstring>
 #include <iterator>

@@ -3,7 +3,7 @@
 // One rule names users: the user of number n, the superuser (0) among them, is S-1-22-1-n.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 constexpr DWORD TOKEN_QUERY = 0x0008;
 constexpr DWORD TOKEN_ADJUST_PRIVILEGES = 0x0020;

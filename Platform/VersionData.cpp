@@ -1,7 +1,7 @@
-#include "VersionData.h"
+#include "Platform/VersionData.h"
 
-#include "FileNames.h"
-#include "Guard.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Text/FileNames.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 // version resource is. It is read from the file, which need not be loaded and may be anything.
 #pragma once
 
-#include "Types.h"
+#include "Platform/Types.h"
 
 struct VS_FIXEDFILEINFO
 {

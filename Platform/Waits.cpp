@@ -1,9 +1,9 @@
-#include "Waits.h"
+#include "Platform/Waits.h"
 
-#include "Clock.h"
-#include "Guard.h"
-#include "Handles.h"
-#include "Waitable.h"
+#include "Platform/Handles.h"
+#include "Platform/Kernel/Clock.h"
+#include "Platform/Kernel/LastError.h"
+#include "Platform/Kernel/Waitable.h"
 
 #include <algorithm>
 #include <pthread.h>

@@ -2,7 +2,7 @@
 #include "Fuzz.h"
 #include "ovCore/OvXmlEscape.h"
 #include "PlainEscape.h"
-#include "Platform/Utf8.h"
+#include "Platform/Text/Utf8.h"
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>

@@ -1,0 +1,12 @@
+// The life of a thread's message queue. For the stand-in's own files only.
+#pragma once
+
+#include "Platform/Types.h"
+
+namespace OvPlatform
+{
+
+/// The thread ends; its queue, if it had one, goes with the messages in it.
+void CloseMessageQueue(DWORD nThreadId);
+
+} // namespace OvPlatform

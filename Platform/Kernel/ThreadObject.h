@@ -1,0 +1,12 @@
+// The kernel object of a thread. For the stand-in's own files only.
+#pragma once
+
+#include "Platform/Kernel/KernelObject.h"
+
+namespace OvPlatform
+{
+
+/// What the current thread's pseudo-handle stands for; good until the thread ends. Throws std::bad_alloc.
+const CHandleEntry& CurrentThreadEntry();
+
+} // namespace OvPlatform
