@@ -6,6 +6,7 @@
 #include "Platform/Process/SystemCalls.h"
 #include "Platform/Text/FileNames.h"
 #include "Platform/Text/Text.h"
+#include "Platform/VersionData.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
+#include <iterator>
 #include <link.h>
 #include <map>
 #include <memory>
@@ -67,6 +69,10 @@ const std::vector<CSystemLibrary>& SystemLibraries()
           { { "EnumProcessModules", Address(&EnumProcessModules) },
             { "EnumProcesses", Address(&EnumProcesses) },
             { "GetModuleFileNameExW", Address(&GetModuleFileNameExW) } } },
+        { L"version.dll",
+          { { "GetFileVersionInfoSizeW", Address(&GetFileVersionInfoSizeW) },
+            { "GetFileVersionInfoW", Address(&GetFileVersionInfoW) },
+            { "VerQueryValueW", Address(&VerQueryValueW) } } },
     };
     return s_libraries;
 }
@@ -76,8 +82,14 @@ HMODULE HandleOf(const CSystemLibrary& library)
     return reinterpret_cast<HMODULE>(reinterpret_cast<uintptr_t>(&library));
 }
 
+const wchar_t s_szSystemFolder[] = L"Z:\\windows\\system32";
+
+/// By its name, alone or with the system's folder before it.
 const CSystemLibrary* FindSystemLibrary(std::wstring_view name)
 {
+    const size_t nFile = std::size(s_szSystemFolder); // with the backslash in the NUL's place
+    if (name.size() > nFile && name[nFile - 1] == L'\\' && EqualsNoCase(name.substr(0, nFile - 1), s_szSystemFolder))
+        name.remove_prefix(nFile);
     for (const CSystemLibrary& library : SystemLibraries())
         if (EqualsNoCase(name, library.szName))
             return &library;
@@ -212,7 +224,7 @@ std::wstring NameOf(HMODULE hModule)
     if (!hModule)
         return PlatformPath(ExecutablePath());
     if (const CSystemLibrary* pLibrary = FindSystemLibrary(hModule))
-        return L"Z:\\windows\\system32\\" + std::wstring(pLibrary->szName);
+        return std::wstring(s_szSystemFolder) + L"\\" + pLibrary->szName;
     const std::string path = PathOf(hModule);
     if (path.empty())
         return std::wstring();
@@ -323,6 +335,15 @@ HMODULE LoadLibraryExW(LPCWSTR szName, HANDLE hReserved, DWORD dwFlags)
 HMODULE LoadLibraryW(LPCWSTR szName)
 {
     return LoadLibraryExW(szName, nullptr, 0);
+}
+
+UINT GetSystemDirectoryW(LPWSTR szBuffer, UINT nUnits)
+{
+    const UINT nNeeded = static_cast<UINT>(std::size(s_szSystemFolder));
+    if (nUnits < nNeeded)
+        return nNeeded;
+    std::copy_n(s_szSystemFolder, nNeeded, szBuffer);
+    return nNeeded - 1;
 }
 
 BOOL FreeLibrary(HMODULE hModule)

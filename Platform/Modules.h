@@ -1,6 +1,6 @@
 // Loaded libraries. A module's handle is the address at which it is loaded. The system's own libraries (kernel32.dll,
-// ntdll.dll, psapi.dll, in any letter case) are there without a file and answer from a table of the stand-in's
-// functions.
+// ntdll.dll, psapi.dll, version.dll, in any letter case, bare or with the system's folder) are there without a file and
+// answer from a table of the stand-in's functions.
 #pragma once
 
 #include "Platform/Types.h"
@@ -22,6 +22,10 @@ extern "C"
     ///         library, ERROR_DLL_INIT_FAILED when its DllMain returned FALSE.
     OVPLATFORM_API HMODULE WINAPI LoadLibraryExW(LPCWSTR szName, HANDLE hReserved, DWORD dwFlags);
     OVPLATFORM_API HMODULE WINAPI LoadLibraryW(LPCWSTR szName);
+
+    /// The folder in which the system's libraries are: it holds no files.
+    /// @return units without the NUL, or with it when nUnits are too few.
+    OVPLATFORM_API UINT WINAPI GetSystemDirectoryW(LPWSTR szBuffer, UINT nUnits);
 
     /// Undoes one load; the last one runs DllMain again and unloads. ERROR_MOD_NOT_FOUND for what was not loaded so.
     OVPLATFORM_API BOOL WINAPI FreeLibrary(HMODULE hModule);

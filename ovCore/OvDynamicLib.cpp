@@ -23,6 +23,20 @@ std::wstring CurrentDirectoryOpt()
     }
 }
 
+/// Null with the last error set. Windows 7 without its updates does not know the flag for the system's folder: there
+/// the folder is named instead, and what the library needs comes from beside it.
+HMODULE Load(const std::wstring& wzName, HANDLE hReserved, DWORD dwFlags)
+{
+    const HMODULE hModule = ::LoadLibraryExW(wzName.c_str(), hReserved, dwFlags);
+    if (hModule != nullptr || dwFlags != LOAD_LIBRARY_SEARCH_SYSTEM32 || ::GetLastError() != ERROR_INVALID_PARAMETER)
+        return hModule;
+    wchar_t szFolder[MAX_PATH] = {};
+    const UINT nLength = ::GetSystemDirectoryW(szFolder, MAX_PATH);
+    if (nLength == 0 || nLength >= MAX_PATH)
+        return nullptr;
+    return ::LoadLibraryExW((szFolder + (L"\\" + wzName)).c_str(), hReserved, LOAD_WITH_ALTERED_SEARCH_PATH);
+}
+
 } // namespace
 
 COvDynamicLib::COvDynamicLib(const wchar_t* name, HANDLE reserved, DWORD flags)
@@ -43,7 +57,7 @@ void COvDynamicLib::Init(const wchar_t* name, HANDLE reserved, DWORD flags, bool
         return;
     Clear();
     m_wzFileNm = name;
-    m_hModule = ::LoadLibraryExW(name, reserved, flags);
+    m_hModule = Load(m_wzFileNm, reserved, flags);
     if (m_hModule != nullptr || !bThrow)
         return;
     const LONG lError = static_cast<LONG>(::GetLastError());

@@ -6,8 +6,9 @@
 #include <string>
 
 /// Owns one loaded library. A bare name is looked for in the system's folder alone only when the caller says so with
-/// LOAD_LIBRARY_SEARCH_SYSTEM32. Failures raise COvException E_FAIL. One thread at a time, but for GetProcAddr and
-/// GetProc, which any threads may call once the library is loaded.
+/// LOAD_LIBRARY_SEARCH_SYSTEM32; where the system does not know that flag, the full path takes its place. Failures
+/// raise COvException E_FAIL. One thread at a time, but for GetProcAddr and GetProc, which any threads may call once
+/// the library is loaded.
 class COvDynamicLib
 {
 public:
@@ -25,6 +26,8 @@ public:
     /// @param name      null or empty: does nothing. @param reserved  null.
     /// @param flags     of LoadLibraryExW. @param bThrow  raise when it can't be loaded.
     void Init(const wchar_t* name, HANDLE reserved, DWORD flags, bool bThrow);
+
+    bool IsLoaded() const { return m_hModule != nullptr; }
 
     /// The address of a function that the library exports; valid while it is loaded.
     /// @param bThrow  raise when nothing is loaded or there is no such function; otherwise null is returned.

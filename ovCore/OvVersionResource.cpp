@@ -32,11 +32,11 @@ bool COvVersionResource::Open(const std::wstring& path)
     if (!FindFile(strFile))
         return false;
     DWORD dwUnused = 0;
-    const DWORD dwSize = ::GetFileVersionInfoSizeW(strFile.c_str(), &dwUnused);
+    const DWORD dwSize = m_api.GetFileVersionInfoSizeW(strFile.c_str(), &dwUnused);
     if (dwSize == 0)
         return false;
     m_block.Resize(dwSize);
-    if (::GetFileVersionInfoW(strFile.c_str(), 0, dwSize, m_block.Data()))
+    if (m_api.GetFileVersionInfoW(strFile.c_str(), 0, dwSize, m_block.Data()))
         return true;
     const LONG lError = static_cast<LONG>(::GetLastError());
     m_block.Clear();
@@ -57,7 +57,7 @@ bool COvVersionResource::Open(HMODULE module)
 bool COvVersionResource::Query(const wchar_t* subBlock, void** value, UINT* length)
 {
     OV_SCOPE(L"COvVersionResource::Query");
-    return m_block.Size() != 0 && ::VerQueryValueW(m_block.Data(), subBlock, value, length) && *value != nullptr &&
+    return m_block.Size() != 0 && m_api.VerQueryValueW(m_block.Data(), subBlock, value, length) && *value != nullptr &&
            *length != 0;
 }
 

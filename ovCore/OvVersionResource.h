@@ -1,6 +1,7 @@
 // Reads the version resource of a file.
 #pragma once
 
+#include "Api_Version.h"
 #include "OvPlatform.h"
 #include "OVTemplates.h"
 
@@ -40,5 +41,6 @@ public:
     bool GetVersion(COvVersion& version);
 
 private:
+    CApi_Version m_api; // loaded as long as the object lives
     COvByteBuffer m_block;
 };

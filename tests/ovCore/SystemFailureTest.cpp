@@ -17,12 +17,36 @@ namespace
 
 DWORD s_dwLength = 0; // what the calls for a directory and a module's name answer; 0: they fail
 bool s_bVersionFails = false;
+std::string s_missing;             // a function that a library lacks
 VS_FIXEDFILEINFO s_fixedInfo = {}; // what a file tells; its signature 0: nothing of its version
 
 DWORD Fail(DWORD dwError)
 {
     ::SetLastError(dwError);
     return 0;
+}
+
+template <class Function>
+FARPROC Address(Function* pFunction)
+{
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(pFunction));
+}
+
+DWORD VersionSize(LPCWSTR, LPDWORD)
+{
+    return 100;
+}
+
+BOOL VersionInfo(LPCWSTR, DWORD, DWORD, LPVOID)
+{
+    return s_bVersionFails ? static_cast<BOOL>(Fail(ERROR_SHARING_VIOLATION)) : TRUE;
+}
+
+BOOL VersionPart(LPCVOID, LPCWSTR szSubBlock, LPVOID* ppValue, UINT* pnLength)
+{
+    *ppValue = std::wstring(szSubBlock) == L"null" ? nullptr : &s_fixedInfo;
+    *pnLength = std::wstring(szSubBlock) == L"empty" ? 0 : s_fixedInfo.dwSignature != 0 ? sizeof(s_fixedInfo) : 5;
+    return TRUE;
 }
 
 } // namespace
@@ -43,19 +67,15 @@ extern "C"
     {
         return ::CreateEventW(nullptr, TRUE, FALSE, nullptr); // something to close
     }
-    DWORD __wrap_GetFileVersionInfoSizeW(LPCWSTR, LPDWORD)
+    FARPROC __real_GetProcAddress(HMODULE hModule, LPCSTR szName);
+    FARPROC __wrap_GetProcAddress(HMODULE hModule, LPCSTR szName)
     {
-        return 100;
-    }
-    BOOL __wrap_GetFileVersionInfoW(LPCWSTR, DWORD, DWORD, LPVOID)
-    {
-        return s_bVersionFails ? static_cast<BOOL>(Fail(ERROR_SHARING_VIOLATION)) : TRUE;
-    }
-    BOOL __wrap_VerQueryValueW(LPCVOID, LPCWSTR szSubBlock, LPVOID* ppValue, UINT* pnLength)
-    {
-        *ppValue = std::wstring(szSubBlock) == L"null" ? nullptr : &s_fixedInfo;
-        *pnLength = std::wstring(szSubBlock) == L"empty" ? 0 : s_fixedInfo.dwSignature != 0 ? sizeof(s_fixedInfo) : 5;
-        return TRUE;
+        const std::string name = szName;
+        return name == s_missing                   ? nullptr
+               : name == "GetFileVersionInfoSizeW" ? Address(VersionSize)
+               : name == "GetFileVersionInfoW"     ? Address(VersionInfo)
+               : name == "VerQueryValueW"          ? Address(VersionPart)
+                                                   : __real_GetProcAddress(hModule, szName);
     }
 }
 
@@ -91,6 +111,9 @@ TEST(SystemFailure, AVersionThatCannotBeReadIsRaisedAndForgotten)
               Raised([&] { resource.Open(L"a"); }));
     s_bVersionFails = false;
     EXPECT_FALSE(resource.Query(L"part", &pValue, &nLength));
+    s_missing = "GetFileVersionInfoSizeW";
+    EXPECT_FALSE(resource.Open(L"a"));
+    s_missing.clear();
 }
 
 TEST(SystemFailure, WhereTheSystemHidesItsVersionAFileOfItTells)

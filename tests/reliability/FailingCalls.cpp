@@ -2,6 +2,7 @@
 
 #include "ImportTable.h"
 
+#include <cstring>
 #include <iterator>
 #include <mutex>
 
@@ -16,11 +17,8 @@
     X(CreateEventW, 0)                                                                                                 \
     X(FormatMessageW, 0)                                                                                               \
     X(GetErrorInfo, E_ACCESSDENIED)                                                                                    \
-    X(GetFileVersionInfoSizeW, 0)                                                                                      \
-    X(GetFileVersionInfoW, FALSE)                                                                                      \
     X(GetModuleFileNameW, 0)                                                                                           \
     X(GetModuleHandleW, 0)                                                                                             \
-    X(GetProcAddress, 0)                                                                                               \
     X(HeapAlloc, 0)                                                                                                    \
     X(InitializeCriticalSectionAndSpinCount, FALSE)                                                                    \
     X(LoadLibraryExW, 0)                                                                                               \
@@ -32,9 +30,14 @@
     X(RegSetValueExW, ERROR_ACCESS_DENIED)                                                                             \
     X(SysAllocStringLen, 0)                                                                                            \
     X(VariantChangeType, E_ACCESSDENIED)                                                                               \
-    X(VerQueryValueW, FALSE)                                                                                           \
     X(WaitForMultipleObjects, WAIT_FAILED)                                                                             \
     X(WideCharToMultiByte, 0)
+
+// Those that the library looks up by their names.
+#define OV_FAILING_FUNCTIONS(X)                                                                                        \
+    X(GetFileVersionInfoSizeW, 0)                                                                                      \
+    X(GetFileVersionInfoW, FALSE)                                                                                      \
+    X(VerQueryValueW, FALSE)
 
 namespace
 {
@@ -45,7 +48,9 @@ enum Call : unsigned
     OV_FAILING_CALLS(OV_INDEX) Call_CloseHandle,
     Call_RegCloseKey,
     Call_WaitForSingleObject,
-    Call__beginthreadex
+    Call__beginthreadex,
+    Call_GetProcAddress, // the last of the imports
+    OV_FAILING_FUNCTIONS(OV_INDEX)
 };
 #undef OV_INDEX
 
@@ -138,6 +143,20 @@ uintptr_t __cdecl BeginThread(void* pSecurity, unsigned nStack, unsigned(WINAPI*
                                       : ::_beginthreadex(pSecurity, nStack, pStart, pArgument, nFlags, pId);
 }
 
+FARPROC WINAPI Find(HMODULE hModule, LPCSTR szName)
+{
+    if (Fails(Call_GetProcAddress))
+        return Failure<FARPROC>(Call_GetProcAddress);
+    const void* pWrapper = nullptr;
+#define OV_IS_NAMED(function, failure)                                                                                 \
+    if (std::strcmp(szName, #function) == 0)                                                                           \
+        pWrapper = s_calls[Call_##function].pWrapper;
+    OV_FAILING_FUNCTIONS(OV_IS_NAMED)
+#undef OV_IS_NAMED
+    return pWrapper != nullptr ? reinterpret_cast<FARPROC>(const_cast<void*>(pWrapper))
+                               : ::GetProcAddress(hModule, szName);
+}
+
 template <class Function>
 const void* Address(Function* pFunction)
 {
@@ -151,7 +170,9 @@ const CWatchedCall s_calls[] = {
     OV_FAILING_CALLS(OV_ROW){ "CloseHandle", Address(&::CloseHandle), Address(&Close), FALSE },
     { "RegCloseKey", Address(&::RegCloseKey), Address(&CloseKey), ERROR_ACCESS_DENIED },
     { "WaitForSingleObject", Address(&::WaitForSingleObject), Address(&Wait), static_cast<intptr_t>(WAIT_FAILED) },
-    { "_beginthreadex", Address(&::_beginthreadex), Address(&BeginThread), 0 }
+    { "_beginthreadex", Address(&::_beginthreadex), Address(&BeginThread), 0 },
+    { "GetProcAddress", Address(&::GetProcAddress), Address(&Find), 0 },
+    OV_FAILING_FUNCTIONS(OV_ROW)
 };
 #undef OV_ROW
 
@@ -159,8 +180,8 @@ const CWatchedCall s_calls[] = {
 
 void WatchCalls(HMODULE hLibrary)
 {
-    for (const CWatchedCall& call : s_calls)
-        ReplaceImport(hLibrary, call.pReal, call.pWrapper);
+    for (unsigned n = 0; n <= Call_GetProcAddress; ++n)
+        ReplaceImport(hLibrary, s_calls[n].pReal, s_calls[n].pWrapper);
 }
 
 void ArmFailure(const CCallFailure& failure)

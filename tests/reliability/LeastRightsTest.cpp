@@ -74,6 +74,7 @@ TEST(LeastRights, KeysAndLibraries)
         wzOpen + L"System\\WPA\\TabletPC",
         wzLoad + L"NTDLL.DLL",
         wzLoad + L"kernel32.dll",
+        wzLoad + L"version.dll",
     };
     EXPECT_EQ(expected, s_opened);
 }
