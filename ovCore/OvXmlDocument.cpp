@@ -5,6 +5,7 @@
 #include "OvStringUtil.h"
 #include "OVTemplates.h"
 
+#include <string_view>
 #include <utility>
 
 namespace
@@ -98,6 +99,40 @@ std::wstring OrNone(const std::wstring& wzText)
     return wzText.empty() ? L"n/a" : wzText;
 }
 
+/// Where the text goes on after something that begins at n; its end when that has none.
+size_t Behind(std::wstring_view text, size_t n, std::wstring_view end)
+{
+    const size_t nEnd = text.find(end, n);
+    return nEnd == std::wstring_view::npos ? text.size() : nEnd + end.size();
+}
+
+/// Whether a document type stands where one may: before the first element, among comments and instructions.
+bool HasDocumentType(std::wstring_view text)
+{
+    const std::wstring_view comment = L"<!--";
+    const std::wstring_view documentType = L"<!DOCTYPE";
+    size_t n = 0;
+    while ((n = text.find_first_not_of(L" \t\r\n\xFEFF", n)) < text.size())
+    {
+        const std::wstring_view rest = text.substr(n);
+        if (rest.substr(0, comment.size()) == comment)
+            n = Behind(text, n + comment.size(), L"-->");
+        else if (rest.substr(0, 2) == L"<?")
+            n = Behind(text, n, L"?>");
+        else
+            return rest.substr(0, documentType.size()) == documentType;
+    }
+    return false;
+}
+
+/// What generation 6 of the parser reports for a document type.
+CParseError DocumentTypeRefused()
+{
+    CParseError result;
+    result.m_wzReason = L"DTD is prohibited.";
+    return result;
+}
+
 bool IsLoaded(HRESULT hr, VARIANT_BOOL bLoaded)
 {
     return SUCCEEDED(hr) && hr != S_FALSE && bLoaded != VARIANT_FALSE;
@@ -175,8 +210,9 @@ bool COvXmlDocument::LoadDoc(BSTR bstrXml, bool bThrow)
 {
     OV_SCOPE(L"COvXmlDocument::LoadDoc");
     const COvComPtr<IXMLDOMDocument> spDoc = QueryDocument();
+    m_bTypeRefused = m_nParserVersion != XmlParser6 && HasDocumentType({ bstrXml, ::SysStringLen(bstrXml) });
     VARIANT_BOOL bLoaded = VARIANT_FALSE;
-    const HRESULT hr = spDoc->loadXML(bstrXml, &bLoaded);
+    const HRESULT hr = m_bTypeRefused ? S_FALSE : spDoc->loadXML(bstrXml, &bLoaded);
     if (IsLoaded(hr, bLoaded))
         return true;
     if (bThrow)
@@ -191,6 +227,7 @@ bool COvXmlDocument::LoadDoc(const VARIANT& source, bool bThrow)
 {
     OV_SCOPE(L"COvXmlDocument::LoadDoc");
     const COvComPtr<IXMLDOMDocument> spDoc = QueryDocument();
+    m_bTypeRefused = false;
     VARIANT_BOOL bLoaded = VARIANT_FALSE;
     const HRESULT hr = spDoc->load(source, &bLoaded);
     if (IsLoaded(hr, bLoaded))
@@ -215,7 +252,7 @@ bool COvXmlDocument::LoadXML(BSTR strSource, bool bIsFile, bool bThrow, bool bPr
 std::wstring COvXmlDocument::GetParseError() const
 {
     OV_SCOPE(L"COvXmlDocument::GetParseError");
-    const CParseError error = ReadParseError(m_spNode.Get());
+    const CParseError error = m_bTypeRefused ? DocumentTypeRefused() : ReadParseError(m_spNode.Get());
     return L"\nFile Pos:" + std::to_wstring(error.m_nFilePos) + L"\nLine: " + std::to_wstring(error.m_nLine) +
            L"   Line Pos: " + std::to_wstring(error.m_nLinePos) + L"\n\nReason:\n" + OrNone(error.m_wzReason) +
            L"\nSource:\n" + OrNone(error.m_wzSource) + L"\n\n";

@@ -41,12 +41,14 @@ public:
     /// Keeps texts of nothing but white space when a document is loaded from now on.
     void PreserveWhitespace();
 
-    /// Loads a text; an encoding that it declares is ignored.
+    /// Loads a text; an encoding that it declares is ignored. A text with a document type is refused as generation 6 of
+    /// the parser refuses it; an older one, which would expand its entities, does not get it.
     /// @param bThrow  raise when it does not load, with the call's result (1, S_FALSE, for a malformed text) as code
     ///                and the parse error as evidence; otherwise return false then.
     bool LoadDoc(BSTR bstrXml, bool bThrow);
 
-    /// Loads from a file path or URL, given as a string VARIANT.
+    /// Loads from a file path or URL, given as a string VARIANT. An older generation of the parser takes a document
+    /// type from there.
     bool LoadDoc(const VARIANT& source, bool bThrow);
 
     /// Creates the document unless there is one, then loads the text, or the file of that path.
@@ -68,4 +70,5 @@ private:
     [[noreturn]] void RaiseLoadFailure(HRESULT hr, LONG nLine, IXMLDOMDocument* pDoc, const COvEvidence& call) const;
 
     LONG m_nParserVersion;
+    bool m_bTypeRefused = false; // the last text had a document type, and the parser was not asked
 };

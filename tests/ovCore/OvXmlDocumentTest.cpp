@@ -64,6 +64,31 @@ TEST_F(OvXmlDocument, WhatDoesNotParseIsRefused)
               COvXmlDocument(nullptr, XmlParserBest).GetParseError());
 }
 
+TEST_F(OvXmlDocument, ADocumentTypeIsKeptFromTheOlderParsers)
+{
+    const struct
+    {
+        const wchar_t* szText;
+        bool bLoads;
+    } rows[] = {
+        { L"<!DOCTYPE a><a/>", false },
+        { L"\xFEFF<?xml version='1.0'?>\n\t<!-- a > b --><?p ?><!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>", false },
+        { L"<?xml version='1.0'?> <!-- <!DOCTYPE a> --><?p <!DOCTYPE a>?><a><![CDATA[<!DOCTYPE a>]]></a>", true },
+    };
+    for (const LONG nVersion : { XmlParser4, XmlParser3 })
+        for (const auto& row : rows)
+        {
+            COvXmlDocument document(nullptr, nVersion);
+            EXPECT_EQ(row.bLoads, Load(document, row.szText, false, !bThrow)) << nVersion << row.szText;
+            if (row.bLoads)
+                continue;
+            EXPECT_EQ(L"\nFile Pos:0\nLine: 0   Line Pos: 0\n\nReason:\nDTD is prohibited.\nSource:\nn/a\n\n",
+                      document.GetParseError());
+            EXPECT_EQ(LoadFailure(L"loadXML() | pDoc: # | bstrXml: " + std::wstring(row.szText), document),
+                      RaisedMasked([&] { Load(document, row.szText, false, bThrow); }));
+        }
+}
+
 TEST_F(OvXmlDocument, LoadsAFileInTheEncodingThatItDeclares)
 {
     std::wstring path;
