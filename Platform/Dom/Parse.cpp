@@ -24,7 +24,8 @@ struct CFreeParser
     void operator()(xmlParserCtxtPtr pContext) const { xmlFreeParserCtxt(pContext); }
 };
 
-/// One run of the library's parser. Its first report counts; what comes behind it may follow from it.
+/// One run of the library's parser. The first fault counts; those after it may follow from it, and are not looked at:
+/// finding the place of each in the text would cost time that goes with the square of the size.
 class CParser
 {
 public:
@@ -103,7 +104,7 @@ void CParser::OnError(void* pContext, xmlErrorPtr pError)
     self.m_reports.Contain([&] {
         if (pError->code == XML_ERR_NO_MEMORY && !IsTextTooLong(*pError))
             self.m_reports.Note(pError);
-        else if (IsFault(*pError))
+        else if (!self.m_fault && IsFault(*pError))
             self.Refuse(NewRawFault(*pError, self.Position(pParser)));
     });
 }
