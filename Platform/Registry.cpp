@@ -179,6 +179,16 @@ KeyId IdOf(const CKey& key)
     return key.id != NoKey ? key.id : ExistingId(*key.pStore, key.path);
 }
 
+/// An open key for the rights. Those to change it are refused at once, as to an ordinary user of the platform, where
+/// the registry cannot be written.
+HKEY NewHandle(const CStorePtr& pStore, CKeyPath path, KeyId id, REGSAM samDesired)
+{
+    constexpr REGSAM samToChange = KEY_ALL_ACCESS & ~(KEY_READ | KEY_CREATE_LINK);
+    if ((samDesired & samToChange) != 0)
+        pStore->CheckWritable();
+    return Keys().Add({ pStore, std::move(path), id, samDesired });
+}
+
 /// Where a name below a key leads in the view that is asked for; fails when the key has been deleted.
 CKeyPath PathBelow(const CKey& key, LPCWSTR szSubKey, REGSAM samDesired)
 {
@@ -258,7 +268,7 @@ LSTATUS RegCreateKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD Reserved, LPWSTR, DWO
         CKeyPath path = PathBelow(*pKey, lpSubKey, samDesired);
         bool bCreated = false;
         const KeyId id = pKey->pStore->CreateKey(path, bVolatile, &bCreated);
-        *phkResult = Keys().Add({ pKey->pStore, std::move(path), id, samDesired });
+        *phkResult = NewHandle(pKey->pStore, std::move(path), id, samDesired);
         if (lpdwDisposition)
             *lpdwDisposition = bCreated ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
         return ERROR_SUCCESS;
@@ -279,7 +289,7 @@ LSTATUS RegOpenKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD, REGSAM samDesired, PHK
         const CKeyPtr pKey = LookUp(hKey);
         CKeyPath path = PathBelow(*pKey, lpSubKey, samDesired);
         const KeyId id = ExistingId(*pKey->pStore, path);
-        *phkResult = Keys().Add({ pKey->pStore, std::move(path), id, samDesired });
+        *phkResult = NewHandle(pKey->pStore, std::move(path), id, samDesired);
         return ERROR_SUCCESS;
     });
 }

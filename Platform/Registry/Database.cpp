@@ -75,7 +75,7 @@ CStatement::CStatement(CDatabase& database, const std::string& sql)
 
 CStatement::~CStatement()
 {
-    sqlite3_reset(m_p.get()); // its failure has been told
+    sqlite3_reset(m_p.get()); // its failure has been reported
     sqlite3_clear_bindings(m_p.get());
     m_home = std::move(m_p);
 }

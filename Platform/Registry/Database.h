@@ -1,5 +1,5 @@
-// A connection to an SQLite database and what it runs, each a small owner. For the stand-in's own files only.
-// Failures throw CRegistryError. One thread at a time.
+// A connection to an SQLite database and what it runs, each a small owner. Failures throw CRegistryError. One thread
+// at a time.
 #pragma once
 
 #include "Platform/Types.h"
@@ -45,6 +45,8 @@ public:
 
     /// Rows that the last statement has changed.
     int Changes() const { return sqlite3_changes(m_p.get()); }
+
+    bool IsReadOnly() const { return sqlite3_db_readonly(m_p.get(), "main") == 1; }
 
     int64_t LastInsertedId() const { return sqlite3_last_insert_rowid(m_p.get()); }
 

@@ -1,4 +1,4 @@
-// Names and paths of registry keys. For the stand-in's own files only.
+// Names and paths of registry keys.
 #pragma once
 
 #include "Platform/Registry.h"

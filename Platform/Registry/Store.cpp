@@ -4,7 +4,9 @@
 #include "Platform/Text/Utf8.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace OvPlatform
@@ -70,6 +72,33 @@ std::string Folded(const std::wstring& name)
     return bytes;
 }
 
+std::string FolderOf(const std::string& path)
+{
+    const std::string folder = std::filesystem::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
+/// Makes the folders that are missing, for their owner alone. A failure shows when the file is opened.
+void MakeFolders(const std::string& folder)
+{
+    if (mkdir(folder.c_str(), S_IRWXU) == 0 || errno != ENOENT)
+        return;
+    const std::string parent = FolderOf(folder);
+    if (parent == folder || parent == ".")
+        return;
+    MakeFolders(parent);
+    mkdir(folder.c_str(), S_IRWXU);
+}
+
+/// Makes the file, for its owner alone, when there is none. A file that exists is not opened: closing it would end the
+/// locks that other connections of this process have on it.
+void MakeFile(const std::string& path)
+{
+    const int nFile = open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (nFile >= 0)
+        close(nFile);
+}
+
 int64_t GetSchemaVersion(CDatabase& database)
 {
     CStatement statement(database, "PRAGMA main.user_version");
@@ -106,6 +135,14 @@ void CRegistryStore::CheckKey(KeyId key)
     const std::lock_guard<std::mutex> lock(m_lock);
     Open();
     Check(key);
+}
+
+void CRegistryStore::CheckWritable()
+{
+    const std::lock_guard<std::mutex> lock(m_lock);
+    const bool bFolder = m_path == InMemory || faccessat(AT_FDCWD, FolderOf(m_path).c_str(), W_OK, AT_EACCESS) == 0;
+    if (!bFolder || Open().IsReadOnly())
+        throw CRegistryError{ ERROR_ACCESS_DENIED };
 }
 
 std::optional<CRegistryValue> CRegistryStore::GetValue(KeyId key, const std::wstring& name)
@@ -191,8 +228,8 @@ CDatabase& CRegistryStore::Open()
         return *m_pDatabase;
     if (m_path != InMemory)
     {
-        std::error_code ignored; // the file cannot be opened then
-        std::filesystem::create_directories(std::filesystem::path(m_path).parent_path(), ignored);
+        MakeFolders(FolderOf(m_path));
+        MakeFile(m_path);
     }
     m_pDatabase = std::make_unique<CDatabase>(m_path);
     try

@@ -1,4 +1,4 @@
-// The keys and values of one registry, in a database. For the stand-in's own files only.
+// The keys and values of one registry, in a database.
 #pragma once
 
 #include "Platform/Registry/Database.h"
@@ -32,7 +32,7 @@ class CRegistryStore
 public:
     static constexpr char InMemory[] = ":memory:";
 
-    /// @param path  a file, made with its folders when a key is created; or InMemory.
+    /// @param path  a file, made with its folders when a key is created, for their owner alone; or InMemory.
     explicit CRegistryStore(std::string path) : m_path(std::move(path)) {}
 
     /// NoKey when there is no such key.
@@ -43,6 +43,9 @@ public:
     KeyId CreateKey(const CKeyPath& path, bool bVolatile, bool* pbCreated);
 
     void CheckKey(KeyId key);
+
+    /// Throws ERROR_ACCESS_DENIED when the file, or the folder that its journal lies in, cannot be written.
+    void CheckWritable();
 
     std::optional<CRegistryValue> GetValue(KeyId key, const std::wstring& name);
     void SetValue(KeyId key, const std::wstring& name, DWORD dwType, const BYTE* pData, size_t nSize);

@@ -6,14 +6,12 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <random>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <tuple>
@@ -28,25 +26,6 @@ CBytes ReadBytes(const wchar_t* szName)
     CBytes data(100000);
     EXPECT_EQ(ERROR_SUCCESS, Read(szName, data)) << testing::PrintToString(szName);
     return data;
-}
-
-/// A value of several database pages that tells where it was cut.
-CBytes Numbered(unsigned n)
-{
-    CBytes data(20000 + n % 7 * 1000);
-    for (size_t i = 0; i < data.size(); i += sizeof n)
-        std::memcpy(&data[i], &n, sizeof n);
-    return data;
-}
-
-/// The number that the whole value was made from.
-unsigned NumberOf(const CBytes& data)
-{
-    unsigned n = 0;
-    EXPECT_LE(sizeof n, data.size());
-    std::memcpy(&n, data.data(), std::min(sizeof n, data.size()));
-    EXPECT_EQ(Numbered(n), data) << "half of one value";
-    return n;
 }
 
 /// A registry in a file of a folder that goes with the test.
@@ -94,28 +73,6 @@ int ExitCodeOf(pid_t child)
     return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -WTERMSIG(nStatus);
 }
 
-/// Writes one numbered value after the other, and tells each number that is safe.
-[[noreturn]] void WriteForEver(int nPipe, unsigned nFirst)
-{
-    for (unsigned n = nFirst;; ++n)
-        if (Write(L"v", Numbered(n)) != ERROR_SUCCESS || write(nPipe, &n, sizeof n) != sizeof n)
-            _exit(1);
-}
-
-/// Lets the child write nValues values, kills it, and gives the last number that it told.
-unsigned KillAfter(pid_t child, int nPipe, unsigned nValues)
-{
-    unsigned n = 0;
-    unsigned nTold = 0;
-    for (unsigned i = 0; i < nValues && read(nPipe, &n, sizeof n) == sizeof n; ++i)
-        nTold = n;
-    kill(child, SIGKILL);
-    EXPECT_EQ(-SIGKILL, ExitCodeOf(child));
-    while (read(nPipe, &n, sizeof n) == sizeof n) // told before the end came
-        nTold = n;
-    return nTold;
-}
-
 } // namespace
 
 TEST_F(RegistryFile, OutlivesTheProcess)
@@ -128,30 +85,6 @@ TEST_F(RegistryFile, OutlivesTheProcess)
     EXPECT_EQ((CBytes{ 1, 2, 3 }), ReadBytes(L"NAME"));
     CBytes none;
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(L"v", none, L"SOFTWARE\\OvVolatile"));
-}
-
-TEST_F(RegistryFile, KeepsEachValueOldOrNewThroughAKill)
-{
-    const unsigned nSeed = std::random_device()();
-    std::mt19937 random(nSeed);
-    unsigned nNext = 1;
-    for (int nRound = 0; nRound < 20; ++nRound)
-    {
-        int pipeEnds[2];
-        ASSERT_EQ(0, pipe(pipeEnds));
-        const pid_t child = Spawn([&] {
-            close(pipeEnds[0]);
-            WriteForEver(pipeEnds[1], nNext);
-        });
-        close(pipeEnds[1]);
-        const unsigned nTold = KillAfter(child, pipeEnds[0], 1 + random() % 8);
-        close(pipeEnds[0]);
-        Use();
-        const unsigned nStored = NumberOf(ReadBytes(L"v"));
-        EXPECT_GE(nStored, nTold) << "lost what was told as written, seed " << nSeed;
-        EXPECT_LE(nStored, nTold + 1) << "seed " << nSeed;
-        nNext = nStored + 1;
-    }
 }
 
 TEST_F(RegistryFile, ServesSeveralProcessesAndThreads)
@@ -185,7 +118,7 @@ TEST_F(RegistryFile, ServesSeveralProcessesAndThreads)
 
 TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
 {
-    ASSERT_EQ(ERROR_SUCCESS, Write(L"v", Numbered(1)));
+    ASSERT_EQ(ERROR_SUCCESS, Write(L"v", CBytes(20000, 1)));
     OvPlatform::SetRegistryInMemory();
     const auto damage = [this](std::streamoff nAt, size_t nLength) {
         std::fstream store(File(), std::ios::in | std::ios::out | std::ios::binary);
@@ -214,14 +147,53 @@ TEST_F(RegistryFile, TellsWhenItCannotBeUsed)
     }
 }
 
-TEST_F(RegistryFile, IsMadeByTheFirstWriteOnly)
+TEST_F(RegistryFile, IsMadeByTheFirstWriteOnlyAndForItsOwnerAlone)
 {
+    const mode_t wasMask = umask(0);
     OvPlatform::SetRegistryFile((m_folder / "a" / "b" / "registry.db").c_str());
     CBytes data;
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, Read(L"v", data));
     EXPECT_TRUE(std::filesystem::is_empty(m_folder));
     EXPECT_EQ(ERROR_SUCCESS, Write(L"v", { 1 }));
-    EXPECT_TRUE(std::filesystem::exists(m_folder / "a" / "b" / "registry.db"));
+    umask(wasMask);
+    const std::tuple<const char*, mode_t> rows[] = { { "a", 0700 }, { "a/b", 0700 }, { "a/b/registry.db", 0600 } };
+    for (const auto& [szName, nMode] : rows)
+    {
+        struct stat status = {};
+        EXPECT_EQ(0, stat((m_folder / szName).c_str(), &status));
+        EXPECT_EQ(nMode, status.st_mode & 0777) << szName;
+    }
+}
+
+TEST_F(RegistryFile, AllowsNoChangeWhereItCannotBeWritten)
+{
+    ASSERT_EQ(ERROR_SUCCESS, Write(L"v", { 1 }));
+    const std::tuple<std::string, mode_t, mode_t> rows[] = { { "file", 0444, 0777 }, { "folder", 0666, 0555 } };
+    for (const auto& [what, nFileMode, nFolderMode] : rows)
+    {
+        ASSERT_EQ(0, chmod(File().c_str(), nFileMode));
+        ASSERT_EQ(0, chmod(m_folder.c_str(), nFolderMode));
+        EXPECT_EQ(0, ExitCodeOf(Spawn([&, &szWhat = what] {
+                      constexpr uid_t nNobody = 65534;
+                      EXPECT_TRUE(geteuid() != 0 || seteuid(nNobody) == 0);
+                      const std::tuple<REGSAM, LSTATUS> rights[] = { { KEY_READ, ERROR_SUCCESS },
+                                                                     { KEY_WRITE, ERROR_ACCESS_DENIED },
+                                                                     { KEY_ALL_ACCESS, ERROR_ACCESS_DENIED } };
+                      for (const auto& [samDesired, lResult] : rights)
+                      {
+                          HKEY hKey = nullptr;
+                          EXPECT_EQ(lResult, RegOpenKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, samDesired, &hKey))
+                              << szWhat;
+                          EXPECT_EQ(lResult, RegCreateKeyExW(HKEY_LOCAL_MACHINE, s_szKey, 0, nullptr, 0, samDesired,
+                                                             nullptr, &hKey, nullptr))
+                              << szWhat;
+                      }
+                      CBytes data(10);
+                      EXPECT_EQ(ERROR_SUCCESS, Read(L"v", data)) << szWhat;
+                  })))
+            << what;
+    }
+    ASSERT_EQ(0, chmod(m_folder.c_str(), 0700));
 }
 
 TEST_F(RegistryFile, LiesWhereTheEnvironmentSays)
