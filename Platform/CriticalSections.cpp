@@ -40,8 +40,3 @@ void DeleteCriticalSection(LPCRITICAL_SECTION pSection)
 {
     Check(pthread_mutex_destroy(&pSection->mutex), "DeleteCriticalSection");
 }
-
-BOOL TryEnterCriticalSection(LPCRITICAL_SECTION pSection)
-{
-    return pthread_mutex_trylock(&pSection->mutex) == 0;
-}

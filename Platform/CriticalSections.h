@@ -22,7 +22,7 @@ extern "C"
     /// No thread may hold the section.
     OVPLATFORM_API void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION pSection);
 
-    /// Tells of the caller's fault and ends the process.
+    /// Reports the caller's fault and ends the process.
     [[noreturn]] OVPLATFORM_API void OvPlatformLockFault(int nError, const char* szCall);
 
     /// Waits as long as it takes; a thread that holds the section enters it again at once.
@@ -31,9 +31,6 @@ extern "C"
         if (const int nError = pthread_mutex_lock(&pSection->mutex))
             OvPlatformLockFault(nError, "EnterCriticalSection");
     }
-
-    /// Enters if that is possible at once. @return whether it did.
-    OVPLATFORM_API BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION pSection);
 
     /// Undoes one entry of the calling thread. Leaving what the thread does not hold ends the process.
     inline void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION pSection)

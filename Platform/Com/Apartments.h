@@ -1,4 +1,4 @@
-// The apartments of the threads. For the stand-in's own files only.
+// The apartments of the threads.
 #pragma once
 
 #include "Platform/Types.h"

@@ -1,4 +1,4 @@
-// The classes that the platform itself brings, created in-process. Inside Platform only.
+// The classes that the platform itself brings, created in-process.
 #pragma once
 
 #include "Platform/Com.h"

@@ -1,4 +1,4 @@
-// A counted interface pointer. For the stand-in's own files only.
+// A counted interface pointer.
 #pragma once
 
 #include <utility>

@@ -1,4 +1,4 @@
-// Which types a VARIANT can have here. For the stand-in's own files only.
+// Which types a VARIANT can have here.
 #pragma once
 
 #include "Platform/Automation.h"

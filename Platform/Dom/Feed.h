@@ -1,4 +1,4 @@
-// Hands a text to the parser, piece by piece. Inside Platform only.
+// Hands a text to the parser, piece by piece.
 #pragma once
 
 #include "Platform/Dom/Limits.h"

@@ -1,5 +1,4 @@
-// The bounds on a text, beyond libxml2's own (256 levels, 10 MB in one text), that keep the time linear. Inside
-// Platform only.
+// The bounds on a text, beyond libxml2's own (256 levels, 10 MB in one text), that keep the time linear.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// The operations that every kind of node has. Inside Platform only.
+// The operations that every kind of node has.
 #pragma once
 
 #include "Platform/Dom/Object.h"

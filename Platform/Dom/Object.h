@@ -1,4 +1,4 @@
-// What the COM objects of the DOM have in common. Inside Platform only.
+// What the COM objects of the DOM have in common.
 #pragma once
 
 #include "Platform/Dom/Tree.h"

@@ -1,4 +1,4 @@
-// How a parse error is recorded and put into words. Inside Platform only.
+// How a parse error is recorded and put into words.
 #pragma once
 
 #include "Platform/Dom/Tree.h"

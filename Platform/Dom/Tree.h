@@ -1,4 +1,4 @@
-// What the files of the DOM share. Inside Platform only.
+// What the files of the DOM share.
 #pragma once
 
 #include "Platform/Automation.h"

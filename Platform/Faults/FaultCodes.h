@@ -1,4 +1,4 @@
-// Signals as the platform's fault codes. For the stand-in's own files only.
+// Signals as the platform's fault codes.
 #pragma once
 
 #include "Platform/Faults.h"

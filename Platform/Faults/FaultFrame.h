@@ -1,5 +1,5 @@
 // What the signal handler leaves on the interrupted thread's stack for the trampoline that it makes the thread go on
-// in. For the stand-in's own files only.
+// in.
 #pragma once
 
 #include "Platform/Faults.h"

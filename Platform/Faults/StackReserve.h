@@ -1,5 +1,4 @@
-// A piece of a thread's stack that is kept back, so that a stack overflow leaves room to throw on. For the stand-in's
-// own files only.
+// A piece of a thread's stack that is kept back, so that a stack overflow leaves room to throw on.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The stand-in's time, which runs faster than real time by Control's scale. For the stand-in's own files only.
+// The stand-in's time, which runs faster than real time by Control's scale.
 #pragma once
 
 #include "Platform/Types.h"

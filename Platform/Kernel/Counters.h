@@ -1,4 +1,4 @@
-// What the stand-in counts, so that a test can end by checking that nothing is left open. Inside Platform only.
+// What the stand-in counts, so that a test can end by checking that nothing is left open.
 #pragma once
 
 #include <atomic>

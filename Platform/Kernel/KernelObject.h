@@ -1,4 +1,4 @@
-// Kernel objects and the handle table. For the stand-in's own files only.
+// Kernel objects and the handle table.
 //
 // One lock, the kernel lock, guards the handle table and the state of every object that can be waited on. It is the
 // innermost lock of the stand-in: no other is taken while it is held.

@@ -1,5 +1,4 @@
-// The border between the stand-in's C++ and the platform's calls, which throw nothing. For the stand-in's own files
-// only.
+// The border between the stand-in's C++ and the platform's calls, which throw nothing.
 #pragma once
 
 #include "Platform/Errors.h"

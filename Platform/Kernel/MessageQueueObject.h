@@ -1,4 +1,4 @@
-// The life of a thread's message queue. For the stand-in's own files only.
+// The life of a thread's message queue.
 #pragma once
 
 #include "Platform/Types.h"

@@ -1,4 +1,4 @@
-// The kernel object of a thread. For the stand-in's own files only.
+// The kernel object of a thread.
 #pragma once
 
 #include "Platform/Kernel/KernelObject.h"

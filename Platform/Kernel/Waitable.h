@@ -1,4 +1,4 @@
-// What can be waited on. For the stand-in's own files only.
+// What can be waited on.
 //
 // A waiting thread stands in the list of each object that it waits for. Who changes an object's state serves the list
 // front to back and takes the signal for the thread that it wakes, so that a signal is never seen twice or lost.

@@ -1,5 +1,4 @@
 // Listing processes: functions of psapi.dll, kernel32.dll and ntdll.dll that are reached through GetProcAddress alone.
-// For the stand-in's own files only.
 #pragma once
 
 #include "Platform/Processes.h"

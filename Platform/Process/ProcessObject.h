@@ -1,4 +1,4 @@
-// The kernel objects of processes, and what the host system tells of a process. For the stand-in's own files only.
+// The kernel objects of processes, and what the host system tells of a process.
 #pragma once
 
 #include "Platform/Kernel/KernelObject.h"

@@ -1,5 +1,4 @@
 // Functions of the system that older systems lack, so that they are reached through GetProcAddress alone.
-// For the stand-in's own files only.
 #pragma once
 
 #include "Platform/SystemInfo.h"

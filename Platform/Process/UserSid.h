@@ -1,4 +1,4 @@
-// The one rule by which a Unix user has a security identifier. For the stand-in's own files only.
+// The one rule by which a Unix user has a security identifier.
 #pragma once
 
 #include <string>

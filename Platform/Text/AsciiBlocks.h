@@ -1,4 +1,4 @@
-// Texts in blocks of sixteen characters, most of which are ASCII. For the stand-in's own files only.
+// Texts in blocks of sixteen characters, most of which are ASCII.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Characters that stand for those that code page 1252 lacks. For the stand-in's own files only.
+// Characters that stand for those that code page 1252 lacks.
 #pragma once
 
 namespace OvPlatform

@@ -1,4 +1,4 @@
-// A code page as tables in both directions. For the stand-in's own files only.
+// A code page as tables in both directions.
 #pragma once
 
 #include "Platform/Types.h"

@@ -1,5 +1,4 @@
 // The one mapping between names of files as the platform writes them and the host system's (see Files.h).
-// For the stand-in's own files only.
 #pragma once
 
 #include "Platform/Control.h" // HostPath

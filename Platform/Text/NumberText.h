@@ -1,4 +1,4 @@
-// Numbers in texts, as automation reads them in the English (United States) locale. For the stand-in's own files only.
+// Numbers in texts, as automation reads them in the English (United States) locale.
 #pragma once
 
 #include "Platform/Types.h"

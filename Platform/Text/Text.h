@@ -1,5 +1,4 @@
 // UTF-8, as the libraries below the stand-in take it, and UTF-16 units, as the code above the seam has them.
-// For the stand-in's own files only.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// UTF-8 to UTF-16 units and back, one unit or byte at a time. For the stand-in's own files only.
+// UTF-8 to UTF-16 units and back, one unit or byte at a time.
 #pragma once
 
 #include "Platform/Types.h"
