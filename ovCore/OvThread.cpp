@@ -250,6 +250,7 @@ void COvThread::HandleError(COvThread* pThdCls, const COvException& e)
         return;
     try
     {
+        ::_set_se_translator(SEHtoExceptionTranslation); // gives a stack that was used up its guard back
         pThdCls->m_pLastError = std::make_unique<COvException>(e);
         OvCallIn([&] { pThdCls->Error(e); });
     }

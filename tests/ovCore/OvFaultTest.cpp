@@ -125,11 +125,15 @@ TEST(OvFault, GoesToTheThreadsOwnTranslator)
 
 TEST(OvFault, MayComeWhileAnErrorIsHandled)
 {
-    CTestWorker worker([](CTestWorker&) -> DWORD { throw 1; });
-    worker.m_onError = ReadNowhere; // the error of an error is dropped
-    worker.Start(true);
-    worker.WaitForComplete(false);
-    EXPECT_EQ("before work error ", worker.m_strCalls);
+    for (const CMachineFault& fault : MachineFaults())
+    {
+        CTestWorker worker([&](CTestWorker&) -> DWORD { return fault.pfnFault(), 1; });
+        worker.m_onError = fault.pfnFault; // the error of an error is dropped
+        worker.RunToItsEnd();
+        EXPECT_EQ("before work error ", worker.m_strCalls) << fault.szName;
+        EXPECT_EQ(EvidenceOf(fault.dwCode), worker.m_strError) << fault.szName;
+        EXPECT_FALSE(worker.IsRunning()) << fault.szName; // it went on to its end
+    }
 }
 
 TEST(OvFault, MayComeThousandsOfTimesOnFourWorkers)
