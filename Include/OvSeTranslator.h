@@ -11,8 +11,8 @@ using _se_translator_function = void(__cdecl*)(unsigned int uCode, struct _EXCEP
 ///
 /// Not translated, but left to the handlers that are there anyway: faults in code without unwind tables (the system's
 /// libraries, another module; RaiseException is such code, so software exceptions are among them); faults under a
-/// structured handler that was set up after the translator (OvCallOut's is one, and translates what it meets); C++
-/// exceptions of any compiler; and the notes that are meant for a debugger.
+/// structured handler that was set up after the translator; C++ exceptions of any compiler; and the notes that are
+/// meant for a debugger. OvCallIn and OvCallOut are such handlers, and translate what they meet of the first two.
 ///
 /// After a stack overflow the thread has no guard for a second one until it sets its translator again.
 /// @param pNew  null: none.  @return the thread's translator until now; null: none.

@@ -5,6 +5,11 @@
 /// On 32-bit Windows the interfaces follow the platform compiler's rules: virtual operations are __thiscall in the
 /// order in which they stand here, variadic ones and the exported functions are __cdecl, and a virtual destructor takes
 /// one slot. Elsewhere the order is the same and the platform's own convention holds.
+///
+/// What a callback throws ends at the operation that called it, which reports it to the log; the exceptions are the
+/// log's own, which are dropped, and the configuration receiver's, which the host gets back. On Windows that holds for
+/// the C++ exceptions of the platform's own compiler. A host that GCC has built for Windows must let none leave a
+/// callback: its run-time library knows no frame outside its own module and ends the process at the throw.
 #pragma once
 
 #include <cstdint>
@@ -57,7 +62,9 @@ public:
     /// @param value   always 1.
     /// @param status  the status document; valid only during the call.
     /// Called on the host's threads and on the adapter's monitor thread, with the adapter's observer lock held: it must
-    /// not register or deregister observers, nor wait for a thread that does, nor have the adapter destroyed.
+    /// not wait for another thread that registers or deregisters observers, nor have the adapter destroyed. It may
+    /// itself register and deregister observers, its own object among them: who is removed is not called any more,
+    /// who is added gets the document of its registration and then hears from the next change on.
     virtual void OnStateChange(int32_t value, const char* status) = 0;
 
 protected:
@@ -104,7 +111,7 @@ public:
     /// not called again through that entry.
     virtual void DeRegisterStateObserver(IStateObserver* observer) = 0;
 
-    /// Hands the receiver an empty text. What the receiver throws is not caught. @return always true.
+    /// Hands the receiver an empty text. What the receiver throws goes on to the host. @return always true.
     virtual bool GetConfiguration(IConfigurationReceiver* receiver) = 0;
 
     /// Takes a policy document: checks it, pushes its settings to the patch service, records its revision and tells
