@@ -3,6 +3,7 @@
 #include "ImportTable.h"
 #include "LoadedLibrary.h"
 #include "RawSlots.h"
+#include "ScratchRegistry.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,7 @@ void __cdecl RecordFree(void* p)
 
 TEST(DestructorSlot, FreesOnlyWhenBit0IsSet)
 {
+    const CScratchRegistry registry; // the adapter makes its key
     for (const bool bAdapter : { false, true })
         for (const unsigned nFlags : { 0u, 1u, 2u, 3u })
         {

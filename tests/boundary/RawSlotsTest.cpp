@@ -2,6 +2,7 @@
 #include "RawSlots.h"
 #include "FastPauses.h"
 #include "LoadedLibrary.h"
+#include "ScratchRegistry.h"
 
 #include <gtest/gtest.h>
 
@@ -82,6 +83,7 @@ protected:
     /// What reached the sink since the last time.
     std::vector<std::string> TakeLines() { return std::exchange(m_sink.calls, {}); }
 
+    const CScratchRegistry m_registry; // the adapter makes its key
     CLoadedLibrary m_library;
     CFastPauses m_pauses{ m_library.GetModule() };
     CRawObject m_sink{ s_sinkTable };

@@ -1,6 +1,7 @@
 #include "Transcript.h"
 
 #include "Masking.h"
+#include "TestData.h"
 #include "Wine.h"
 
 #include <gtest/gtest.h>
@@ -12,12 +13,12 @@
 namespace
 {
 
-const char s_szRecord[] = OV_SCENARIO_FOLDER "/scenario.transcript";
+const std::string s_record = TestDataFolder(OV_SCENARIO_FOLDER) + "/scenario.transcript";
 
-std::vector<std::string> ReadLines(const char* szName)
+std::vector<std::string> ReadLines(const std::string& name)
 {
-    std::ifstream file(szName, std::ios::binary);
-    EXPECT_TRUE(file) << szName;
+    std::ifstream file(name, std::ios::binary);
+    EXPECT_TRUE(file) << name;
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);)
         lines.push_back(line);
@@ -44,7 +45,7 @@ void UseWinesLines(std::vector<std::string>& record)
 {
     std::string reason;
     std::string from;
-    for (const std::string& line : ReadLines(OV_SCENARIO_FOLDER "/scenario.wine"))
+    for (const std::string& line : ReadLines(TestDataFolder(OV_SCENARIO_FOLDER) + "/scenario.wine"))
     {
         const std::string text = line.substr(std::min<size_t>(1, line.size()));
         (line[0] == '#' ? reason : from) = line[0] == '+' ? from : text;
@@ -87,13 +88,13 @@ void CTranscript::Write(const char* szName) const
 
 void CTranscript::Record() const
 {
-    Write(s_szRecord);
+    Write(s_record.c_str());
 }
 
 void CTranscript::Compare() const
 {
-    std::vector<std::string> record = ReadLines(s_szRecord);
-    if (IsWine())
+    std::vector<std::string> record = ReadLines(s_record);
+    if (WineDiffers("Windows writes the lines of the record, as the stand-in does by the documented message texts"))
         UseWinesLines(record);
     const auto [recorded, now] = std::mismatch(record.begin(), record.end(), m_lines.begin(), m_lines.end());
     if (recorded == record.end() && now == m_lines.end())

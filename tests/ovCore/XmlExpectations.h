@@ -1,4 +1,4 @@
-// Where the two parsers that the tests run with differ: a source for each of them, of which CMake picks one.
+// Where the parsers that the tests run with differ: Wine's, and those of Windows and of the stand-in.
 #pragma once
 
 /// The parse error of "<a>\n <b></a>", as it is rendered.
