@@ -94,12 +94,14 @@ install: setup-native  ## the library, the host tool, what a host is built with;
 package: setup-package  ## a .deb of the native build and a .zip of the one for Windows, in build/package
 	@$(call build,native,patchhost)
 	@$(call build,windows,patchhost)
+	@$(call build,windows,selfTestPackage)
 	@rm -rf build/package
 	@for target in native windows; do \
 	    cpack --config build/$$target/CPackConfig.cmake -B build/package >build/$$target.package.log || \
 	        { cat build/$$target.package.log; exit 1; }; \
 	done
 	@rm -rf build/package/_CPack_Packages
+	@cp build/windows/selftest/*.zip build/package
 	@echo "package:" build/package/*
 
 doc: setup-doc  ## the reference of the public header, and a check of the manual page
