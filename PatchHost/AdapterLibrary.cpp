@@ -22,13 +22,24 @@ std::wstring FullPath(const std::string& path)
     return wide.find_first_of(L"\\/") == std::wstring::npos ? ProgramFolder() + wide : wide;
 }
 
+std::string VersionText(uint32_t nMajor, uint32_t nMinor)
+{
+    return std::to_string(nMajor) + "." + std::to_string(nMinor);
+}
+
+std::string VersionSentence(uint32_t nMajor, uint32_t nMinor)
+{
+    return " has interface version " + VersionText(nMajor, nMinor) + ", this host is made for " +
+           VersionText(PATCHADAPTER_INTERFACE_MAJOR, PATCHADAPTER_INTERFACE_MINOR);
+}
+
 } // namespace
 
 CAdapterLibrary::CAdapterLibrary(const std::string& path) : m_path(UserPath(FullPath(path)))
 {
     m_hModule = ::LoadLibraryW(Utf8ToWide(m_path).c_str());
     if (m_hModule == nullptr)
-        throw CLibraryError("cannot load " + m_path + ": error " + std::to_string(::GetLastError()));
+        throw CLibraryError("cannot load " + m_path + ": " + LoadFailure(m_path, ::GetLastError()));
     try
     {
         m_pGetFactory = Find<GetAdapterFactory1_0Function>(PATCHADAPTER_GET_FACTORY_NAME);
@@ -59,9 +70,11 @@ Function CAdapterLibrary::Find(const char* name) const
 void CAdapterLibrary::CheckVersion()
 {
     Find<GetAdapterVersionFunction>(PATCHADAPTER_GET_VERSION_NAME)(&m_nMajor, &m_nMinor);
-    if (m_nMajor != PATCHADAPTER_INTERFACE_MAJOR || m_nMinor != PATCHADAPTER_INTERFACE_MINOR)
-        throw CLibraryError(m_path + " has interface version " + std::to_string(m_nMajor) + "." +
-                            std::to_string(m_nMinor) + ", this host needs " +
-                            std::to_string(PATCHADAPTER_INTERFACE_MAJOR) + "." +
-                            std::to_string(PATCHADAPTER_INTERFACE_MINOR));
+    if (m_nMajor != PATCHADAPTER_INTERFACE_MAJOR)
+        throw CLibraryError(m_path + VersionSentence(m_nMajor, m_nMinor));
+}
+
+std::string CAdapterLibrary::GetRemark() const
+{
+    return m_nMinor == PATCHADAPTER_INTERFACE_MINOR ? "" : m_path + VersionSentence(m_nMajor, m_nMinor);
 }

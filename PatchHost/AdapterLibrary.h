@@ -30,6 +30,9 @@ public:
     uint32_t GetMinor() const { return m_nMinor; }
     const std::string& GetPath() const { return m_path; }
 
+    /// A sentence about another minor interface version, with which a host goes on; empty for the same one.
+    std::string GetRemark() const;
+
     /// A new factory, owned by the caller (DeleteAdapterFactory).
     IAdapterFactory* MakeFactory() const { return m_pGetFactory(); }
 

@@ -32,7 +32,7 @@ CBoundary::CBoundary(const COptions& options, Listener listener)
       m_library(options.library)
 {
     m_sink.SetListener([this](const CTraceLine& line) {
-        Tell({ { "trace", KindName(line.nKind) }, { "text", line.text } });
+        Tell({ { "trace", KindName(line.kind) }, { "text", line.text } });
     });
 }
 

@@ -1,6 +1,8 @@
 #include "PatchHost/CommandLine.h"
 
+#include "PatchAdapterApi.h"
 #include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Output.h"
 #include "PatchHost/ServiceScript.h"
 #include "PatchHost/Text.h"
 
@@ -8,17 +10,16 @@
 
 #include <algorithm>
 #include <charconv>
-#include <iostream>
 #include <limits>
 #include <map>
 
 namespace
 {
 
-const char s_szExitCodes[] = R"(
+constexpr char s_szExitCodes[] = R"(
 Exit codes: 0 done, 1 failed, 2 wrong command line or service script, 3 document refused, 4 patch service not available,
 5 library cannot be loaded or has another interface version, 130 interrupted. Data goes to standard output, messages go
-to standard error. The adapter takes up to ten seconds to stop; a second Ctrl-C does not wait for it.
+to standard error. "help COMMAND" shows what a command takes; "--" ends the options.
 )";
 
 struct CCommand
@@ -26,21 +27,62 @@ struct CCommand
     const char* szName;
     const char* szDescription;
     CommandFunction function;
+    std::vector<std::string> options; ///< those that it takes, next to --help, --version and --color
 };
 
-const CCommand s_commands[] = {
-    { "run", "the main job against a simulated service, from start to stop", &RunCommand },
-    { "info", "what the library says of itself, and the installed service's state", &InfoCommand },
-    { "validate", "whether the library accepts documents; nothing outside changes", &ValidateCommand },
-    { "translate", "the settings document that a policy becomes", &TranslateCommand },
-    { "apply", "hands a policy in and shows each step with its outcome", &ApplyCommand },
-    { "status", "the current status document and what it means", &StatusCommand },
-    { "watch", "shows each notification as it comes", &WatchCommand },
-    { "state", "the recorded revision and where it is stored", &StateCommand },
-    { "record", "writes every call across the library's boundary to a file, as JSON lines", &RecordCommand },
-    { "replay", "plays a recorded session again and compares what comes back", &ReplayCommand },
-    { "check", "tries the rules of a plug-in of this kind, and tells of each", &CheckCommand },
-};
+const std::vector<CCommand>& Commands()
+{
+    static const std::vector<CCommand> commands = {
+        { "run",
+          "the main job against a simulated service, from start to stop",
+          &RunCommand,
+          { "--library", "--state-dir", "--acp", "--trace", "--timeout", "--json" } },
+        { "info",
+          "what the library says of itself, and the installed service's state",
+          &InfoCommand,
+          { "--library", "--json" } },
+        { "validate",
+          "whether the library accepts documents; nothing outside changes",
+          &ValidateCommand,
+          { "--library", "--acp", "--trace", "--timeout", "--json", "--strict", "--orderly-stop" } },
+        { "translate",
+          "the settings document that a policy becomes",
+          &TranslateCommand,
+          { "--library", "--acp", "--trace", "--timeout", "--json", "--orderly-stop", "--raw", "--explain" } },
+        { "apply",
+          "hands a policy in and shows each step with its outcome",
+          &ApplyCommand,
+          { "--library", "--service", "--service-script", "--state-dir", "--acp", "--trace", "--timeout", "--json",
+            "--orderly-stop" } },
+        { "status",
+          "the current status document and what it means",
+          &StatusCommand,
+          { "--library", "--service", "--service-script", "--state-dir", "--acp", "--trace", "--timeout", "--json",
+            "--orderly-stop", "--raw" } },
+        { "watch",
+          "shows each notification as it comes",
+          &WatchCommand,
+          { "--library", "--service", "--service-script", "--state-dir", "--acp", "--trace", "--timeout", "--json",
+            "--orderly-stop", "--for" } },
+        { "state",
+          "the stored revision and where it is stored",
+          &StateCommand,
+          { "--service", "--state-dir", "--json" } },
+        { "record",
+          "writes every call across the library's boundary to a file, as JSON lines",
+          &RecordCommand,
+          { "--library", "--service", "--service-script", "--acp", "--trace", "--timeout" } },
+        { "replay",
+          "plays a recorded session again and compares what comes back",
+          &ReplayCommand,
+          { "--library", "--trace", "--timeout", "--json" } },
+        { "check",
+          "tries the rules of a plug-in of this kind and reports each",
+          &CheckCommand,
+          { "--library", "--trace", "--timeout", "--json", "--loads" } },
+    };
+    return commands;
+}
 
 template <class Value>
 std::vector<std::string> Names(const std::map<std::string, Value>& values)
@@ -61,13 +103,13 @@ void AddWord(CLI::App& app, const char* szName, Value& target, const std::map<st
            [&target, szName, values](const std::string& word) {
                const auto found = values.find(word);
                if (found == values.end())
-                   throw CLI::ValidationError(szName, "'" + word + "' is none of " +
+                   throw CLI::ValidationError(szName, "'" + word + "' is not one of " +
                                                           CLI::detail::join(Names(values), ", ") +
                                                           Suggestion(word, Names(values)));
                target = found->second;
            },
            szDescription)
-        ->type_name("WORD");
+        ->type_name(CLI::detail::join(Names(values), "|"));
 }
 
 /// Milliseconds of a text such as "500ms", "30s", "2m", "1h" or "0".
@@ -83,7 +125,8 @@ unsigned Milliseconds(const std::string& option, const std::string& text)
     if (text == "0")
         return 0;
     if (!bCount || unit == units.end() || nCount > std::numeric_limits<unsigned>::max() / unit->second)
-        throw CLI::ValidationError(option, "'" + text + "' is no time of up to 49 days, such as 500ms, 30s, 2m or 1h");
+        throw CLI::ValidationError(option,
+                                   "'" + text + "' is not a time of up to 49 days, such as 500ms, 30s, 2m or 1h");
     return nCount * unit->second;
 }
 
@@ -95,31 +138,46 @@ void AddTime(CLI::App& app, const char* szName, Value& target, const char* szDes
         ->type_name("TIME");
 }
 
-void AddCommonOptions(CLI::App& app, COptions& options)
+void AddLibraryOptions(CLI::App& app, COptions& options)
 {
     static const std::map<std::string, ServiceKind> services = { { "simulated", ServiceKind::Simulated },
                                                                  { "installed", ServiceKind::Installed },
                                                                  { "down", ServiceKind::Down } };
-    static const std::map<std::string, int> levels = { { "none", -1 }, { "error", 0 },  { "warning", 1 },
-                                                       { "info", 2 },  { "detail", 3 }, { "trace", 4 } };
-    app.add_option("--library", options.library, "the adapter library to load")
+    static const std::map<std::string, int> levels = {
+        { "none", -1 },        { "error", TraceError },   { "warning", TraceWarning },
+        { "info", TraceInfo }, { "detail", TraceDetail }, { "trace", TraceCall }
+    };
+    app.add_option("--library", options.library, "the adapter library to load; a bare name: beside this program")
         ->capture_default_str()
         ->type_name("FILE");
-    AddWord(app, "--service", options.service, services,
-            "the patch service: simulated (the default), installed or down; run, validate, translate and check have "
-            "one of their own");
+    AddWord(app, "--service", options.service, services, "the patch service; simulated unless given");
     app.add_option("--service-script", options.serviceScript, "what the simulated service does; see patchhost --help")
         ->type_name("FILE");
-    app.add_option("--state-dir", options.stateFolder, "keep the recorded revision in this folder")
-        ->type_name("FOLDER");
+    app.add_option("--state-dir", options.stateFolder, "keep the stored revision in this folder")->type_name("FOLDER");
     app.add_option("--acp", options.nCodePage,
-                   "the ANSI code page in which documents are read, such as 1252; on Windows the system's alone")
+                   "the ANSI code page in which documents are read, such as 1252; on Windows only the system's own")
         ->type_name("NUMBER");
-    AddWord(app, "--trace", options.nTraceLevel, levels,
-            "show the library's trace on standard error, up to a kind: none, error, warning, info, detail, trace");
+    AddWord(app, "--trace", options.nTraceLevel, levels, "show the library's trace on standard error, up to a kind");
     AddTime(app, "--timeout", options.nTimeoutMs,
-            "how long one call into the library may take, such as 30s; 60s unless told, 0 for no limit");
+            "how long one call into the library may take, such as 30s; 0 for no limit, 60s unless given");
+}
+
+void AddOutputOptions(CLI::App& app, COptions& options)
+{
+    static const std::map<std::string, ColourChoice> colours = { { "auto", ColourChoice::Auto },
+                                                                 { "always", ColourChoice::Always },
+                                                                 { "never", ColourChoice::Never } };
     app.add_flag("--json", options.bJson, "one JSON object, or one a line, in place of text");
+    AddWord(app, "--color", options.colour, colours, "when words are coloured; auto unless given: on a terminal");
+    app.add_flag("--strict", options.bStrict, "exit code 3 when there is a remark on an accepted document");
+    app.add_flag("--orderly-stop", options.bOrderlyStop,
+                 "stop the adapter before the program ends, which takes up to ten seconds");
+    app.add_flag("--raw", options.bRaw, "the document byte by byte, as the service or the host gets it");
+    app.add_flag("--explain", options.bExplain, "each setting beside what it came from");
+    AddTime(app, "--for", options.forMs, "end after this time, such as 60s; otherwise Ctrl-C ends it");
+    app.add_option("--loads", options.nLoads, "how often to load and unload")
+        ->capture_default_str()
+        ->type_name("NUMBER");
 }
 
 /// @param nMost  how many; below 0 for any number from one on.
@@ -128,7 +186,7 @@ void AddFiles(CLI::App& command, COptions& options, int nMost, const char* szDes
     command.add_option("FILE", options.files, szDescription)->required()->expected(1, nMost)->type_name("");
 }
 
-void AddOwnOptions(const std::map<std::string, CLI::App*>& commands, COptions& options)
+void AddArguments(const std::map<std::string, CLI::App*>& commands, COptions& options)
 {
     for (const char* const szName : { "run", "translate", "apply" })
         AddFiles(*commands.at(szName), options, 1, "the policy document, - for standard input");
@@ -136,58 +194,124 @@ void AddOwnOptions(const std::map<std::string, CLI::App*>& commands, COptions& o
     AddFiles(*commands.at("record"), options, -1,
              "the file to write, - for standard output; then the policies to hand in");
     AddFiles(*commands.at("replay"), options, 1, "the recorded session");
-    commands.at("translate")->add_flag("--raw", options.bRaw, "the document as the service gets it");
-    commands.at("translate")->add_flag("--explain", options.bExplain, "each setting beside what it came from");
-    commands.at("status")->add_flag("--raw", options.bRaw, "the document as the host gets it");
-    AddTime(*commands.at("watch"), "--for", options.forMs, "end after this time, such as 60s; without it with Ctrl-C");
-    commands.at("check")
-        ->add_option("--loads", options.nLoads, "how often to load and unload")
-        ->capture_default_str()
-        ->type_name("NUMBER");
+}
+
+bool Takes(const CCommand& command, const std::string& option)
+{
+    return option == "--color" ||
+           std::find(command.options.begin(), command.options.end(), option) != command.options.end();
+}
+
+std::string Spelled(const CLI::Option* pOption)
+{
+    return pOption->get_lnames().empty() ? "" : "--" + pOption->get_lnames().front();
 }
 
 std::string UnknownCommand(const std::string& word)
 {
-    std::vector<std::string> known;
-    for (const CCommand& command : s_commands)
+    std::vector<std::string> known = { "help" };
+    for (const CCommand& command : Commands())
         known.emplace_back(command.szName);
     const std::string suggestion = Suggestion(word, known);
     return "there is no command '" + word + "'" + (suggestion.empty() ? "; see patchhost --help" : suggestion);
 }
 
-std::string Unexpected(const CLI::App& app, const std::string& word)
+const CCommand* FindCommand(const std::string& word)
 {
-    std::vector<std::string> known;
-    const CLI::App* const pCommand = app.get_subcommands().front();
-    for (const CLI::App* const pApp : { &app, pCommand })
-        for (const CLI::Option* const pOption : pApp->get_options())
-            for (const std::string& name : pOption->get_lnames())
-                known.push_back("--" + name);
-    return "this was not expected: " + word + (word[0] == '-' ? Suggestion(word, known) : "");
+    for (const CCommand& command : Commands())
+        if (word == command.szName)
+            return &command;
+    return nullptr;
+}
+
+/// A word that nothing takes. @param pCommand  null when there is no command.
+[[noreturn]] void RefuseWord(const std::string& word, const CCommand* pCommand)
+{
+    std::vector<std::string> known = { "--help", "--version", "--color" };
+    for (const CCommand& command : Commands())
+        if (pCommand == nullptr || &command == pCommand)
+            known.insert(known.end(), command.options.begin(), command.options.end());
+    throw CCommandError(ExitUsage, "'" + word + "' was not expected" + (word[0] == '-' ? Suggestion(word, known) : ""));
+}
+
+/// The commands pass on what they do not know of, so that an unknown command can be answered.
+void RefuseLeftovers(const CLI::App& app, const CCommand* pCommand)
+{
+    std::vector<std::string> left = app.remaining(true);
+    left.erase(std::remove(left.begin(), left.end(), "--"), left.end()); // the parser hands the mark over, too
+    const auto word = std::find_if(left.begin(), left.end(), [](const std::string& s) { return s[0] != '-'; });
+    if (pCommand == nullptr && word != left.end())
+        throw CCommandError(ExitUsage, UnknownCommand(*word));
+    if (!left.empty())
+        RefuseWord(left.front(), pCommand);
+    if (pCommand == nullptr)
+        throw CCommandError(ExitUsage, "a command is required; see patchhost --help");
+}
+
+/// Options stand with the program, so that they may come before the command; each command takes some of them.
+void RefuseForeignOptions(const CLI::App& app, const CCommand& command)
+{
+    for (const CLI::Option* const pOption : app.get_options())
+        if (pOption->count() > 0 && !Takes(command, Spelled(pOption)))
+            throw CCommandError(ExitUsage, std::string(command.szName) + " takes no " + Spelled(pOption));
+}
+
+void RefuseContradictions(const COptions& options)
+{
+    if (options.bRaw && options.bExplain)
+        throw CCommandError(ExitUsage, "--raw and --explain exclude each other");
+    const auto first = options.files.begin() + (options.command == "record" ? 1 : 0); // which is an output
+    if (std::count(first, options.files.end(), "-") + (options.serviceScript == "-" ? 1 : 0) > 1)
+        throw CCommandError(ExitUsage, "standard input (-) can be read only once");
 }
 
 /// For the end of a command's own help.
-std::string CommonOptions(const CLI::App& app)
+std::string OptionsHelp(const CLI::App& app, const CCommand& command)
 {
-    return CLI::Formatter().make_group(
-        "Options of every command", false, app.get_options([](const CLI::Option* pOption) {
-            return pOption != nullptr && pOption->get_name() != "--help" && pOption->get_name() != "--version";
-        }));
+    return CLI::Formatter().make_group("Options of the command", false,
+                                       app.get_options([&command](const CLI::Option* pOption) {
+                                           return pOption != nullptr && Takes(command, Spelled(pOption));
+                                       }));
 }
 
-/// The commands take what the program does not know of, so that an unknown command can be answered.
-void RefuseLeftovers(const CLI::App& app)
+/// "help COMMAND" as the option says it.
+std::vector<std::string> WithoutHelpWord(const std::vector<std::string>& arguments)
 {
-    const std::vector<std::string> left = app.remaining(true);
-    if (!app.get_subcommands().empty())
+    if (arguments.empty() || arguments.front() != "help")
+        return arguments;
+    if (arguments.size() > 2)
+        RefuseWord(arguments[2], nullptr);
+    if (arguments.size() == 1)
+        return { "--help" };
+    if (arguments[1][0] != '-' && FindCommand(arguments[1]) == nullptr)
+        throw CCommandError(ExitUsage, UnknownCommand(arguments[1]));
+    return { arguments[1], "--help" };
+}
+
+std::map<std::string, CLI::App*> AddCommands(CLI::App& app)
+{
+    std::map<std::string, CLI::App*> commands;
+    for (const CCommand& command : Commands())
     {
-        if (!left.empty())
-            throw CCommandError(ExitUsage, Unexpected(app, left.front()));
-        return;
+        CLI::App* const pCommand = app.add_subcommand(command.szName, command.szDescription)->fallthrough();
+        pCommand->allow_windows_style_options(false);
+        pCommand->footer([&app, &command] { return OptionsHelp(app, command); });
+        commands[command.szName] = pCommand;
     }
-    const auto word = std::find_if(left.begin(), left.end(), [](const std::string& s) { return s[0] != '-'; });
-    throw CCommandError(ExitUsage,
-                        word != left.end() ? UnknownCommand(*word) : "a command is required; see patchhost --help");
+    return commands;
+}
+
+void Parse(CLI::App& app, const std::vector<std::string>& arguments, CRequest& request)
+{
+    const std::vector<std::string> words = WithoutHelpWord(arguments);
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    const CCommand* const pCommand = chosen.empty() ? nullptr : FindCommand(chosen.front()->get_name());
+    RefuseLeftovers(app, pCommand);
+    RefuseForeignOptions(app, *pCommand);
+    request.command = pCommand->function;
+    request.options.command = pCommand->szName;
+    RefuseContradictions(request.options);
 }
 
 } // namespace
@@ -197,30 +321,27 @@ std::optional<CRequest> ParseCommandLine(const std::vector<std::string>& argumen
     CRequest request = {};
     request.options.library = PATCHHOST_LIBRARY;
     CLI::App app("Loads the patch adapter library and drives it as the agent would.", "patchhost");
-    app.set_version_flag("--version", PATCHHOST_VERSION);
+    app.set_version_flag("-V,--version", PATCHHOST_VERSION);
     app.allow_extras();
     app.allow_windows_style_options(false); // a path may begin with a slash
-    AddCommonOptions(app, request.options);
-    std::map<std::string, CLI::App*> commands;
-    for (const CCommand& command : s_commands)
-    {
-        CLI::App* const pCommand = app.add_subcommand(command.szName, command.szDescription)->fallthrough();
-        pCommand->allow_windows_style_options(false);
-        pCommand->footer([&app] { return CommonOptions(app); });
-        pCommand->set_version_flag("--version", PATCHHOST_VERSION);
-        commands[command.szName] = pCommand;
-        pCommand->callback([&request, &command] { request.command = command.function; });
-    }
-    app.footer(s_szExitCodes + std::string("\n") + g_szServiceScriptHelp); // now, for the commands would take it over
-    AddOwnOptions(commands, request.options);
+    AddLibraryOptions(app, request.options);
+    AddOutputOptions(app, request.options);
+    const std::map<std::string, CLI::App*> commands = AddCommands(app);
+    app.footer(s_szExitCodes + std::string("\n") + g_szServiceScriptHelp); // now: the commands would inherit it
+    AddArguments(commands, request.options);
+    const COutput out({});
     try
     {
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-        RefuseLeftovers(app);
+        Parse(app, arguments, request);
     }
-    catch (const CLI::Success& e)
+    catch (const CLI::CallForHelp&)
     {
-        app.exit(e); // writes the help or the version
+        out.Text(app.help());
+        return std::nullopt;
+    }
+    catch (const CLI::CallForVersion& e)
+    {
+        out.Text(std::string(e.what()) + "\n");
         return std::nullopt;
     }
     catch (const CLI::ParseError& e)

@@ -3,7 +3,9 @@
 #include "OvPlatform.h"
 #include "PatchHost/Text.h"
 
+#include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <io.h>
 #include <shellapi.h>
 
@@ -44,6 +46,32 @@ bool HasColours(Stream stream)
     constexpr DWORD dwEscapes = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING
     DWORD dwMode = 0;
     return ::GetConsoleMode(HandleOf(stream), &dwMode) && ::SetConsoleMode(HandleOf(stream), dwMode | dwEscapes);
+}
+
+std::optional<unsigned> Columns()
+{
+    const char* const szColumns = std::getenv("COLUMNS");
+    const int nColumns = szColumns == nullptr ? 0 : std::atoi(szColumns);
+    if (nColumns > 0)
+        return static_cast<unsigned>(nColumns);
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!::GetConsoleScreenBufferInfo(HandleOf(Stream::Output), &info) || info.dwSize.X < 2)
+        return std::nullopt;
+    return static_cast<unsigned>(info.dwSize.X - 1); // a full line would break by itself
+}
+
+bool MakePrivate(const std::filesystem::path& file)
+{
+    return static_cast<bool>(std::ofstream(file, std::ios::binary));
+}
+
+std::string LoadFailure(const std::string& path, unsigned long dwError)
+{
+    if (::GetFileAttributesW(Utf8ToWide(path).c_str()) == INVALID_FILE_ATTRIBUTES)
+        return "there is no such file: " + SystemText(dwError);
+    if (dwError == ERROR_MOD_NOT_FOUND)
+        return "a library that it needs is missing: " + SystemText(dwError);
+    return SystemText(dwError);
 }
 
 void PrepareStreams()

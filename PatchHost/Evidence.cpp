@@ -3,46 +3,13 @@
 #include "PatchHost/Text.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace
 {
 
 const char* const s_names[] = {
-    "(long) xmlPolicyNodes.size()",
-    "Error Object Info",
-    "Exception Info",
-    "Function",
-    "Info Msg",
-    "Method",
-    "Msg",
-    "Node Path",
-    "Parser version",
-    "Path",
-    "Settings policy",
-    "Stack Dump",
-    "Win32 Error",
-    "XML Parse Error",
-    "bFoundComparisionNode",
-    "bFoundPolicyRefNode",
-    "bRequired",
-    "bstrAttrNm",
-    "bstrName",
-    "bstrPattern",
-    "bstrXml",
-    "hr",
-    "m_spNode",
-    "nFlags",
-    "pDoc",
-    "pIn",
-    "pOut",
-    "strAttrName",
-    "strMainNodeName",
-    "strPolicyTypeName",
-    "strXML",
-    "tzErrorInfo",
-    "tzSettingsXml",
-    "vSrc.vt",
-    "vtNew",
+#include "EvidenceNames.inc" // made from the library's sources
 };
 
 bool StartsWith(const std::string& text, size_t nPos, const std::string& start)
@@ -50,13 +17,16 @@ bool StartsWith(const std::string& text, size_t nPos, const std::string& start)
     return text.compare(nPos, start.size(), start) == 0;
 }
 
-/// The name of the item that begins at a position; null for none.
+/// The name of the item that begins at a position, the longest that fits; null for none. A name may end in a colon of
+/// its own.
 const char* NameAt(const std::string& text, size_t nPos)
 {
+    const char* szLongest = nullptr;
     for (const char* const szName : s_names)
-        if (StartsWith(text, nPos, std::string(szName) + ": "))
-            return szName;
-    return nullptr;
+        if (StartsWith(text, nPos, std::string(szName) + ": ") &&
+            (szLongest == nullptr || std::strlen(szName) > std::strlen(szLongest)))
+            szLongest = szName;
+    return szLongest;
 }
 
 /// Where the value that begins at a position ends.
@@ -112,10 +82,7 @@ std::string EvidenceText(const std::vector<CEvidenceItem>& items)
             continue; // the stack tracer is off, as it mostly is
         const std::string value =
             IsDocument(item) ? "(" + Count(item.value.size(), "character") + ")" : Trimmed(item.value);
-        text += "    " + item.name + ": ";
-        for (const char c : value)
-            text += c == '\n' ? std::string("\n        ") : std::string(1, c);
-        text += "\n";
+        text += "    " + item.name + (item.name.empty() ? "" : ": ") + Shown(value) + "\n";
     }
     return text;
 }

@@ -4,6 +4,9 @@
 #include "PatchHost/Console.h"
 #include "PatchHost/Interrupt.h"
 #include "PatchHost/Output.h"
+#include "PatchHost/Session.h"
+
+#include <cstdlib>
 
 namespace
 {
@@ -19,12 +22,8 @@ int Run(const std::vector<std::string>& arguments)
     return request->command(request->options);
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int RunGuarded(int argc, char** argv)
 {
-    NoteInterrupts();
-    PrepareStreams();
     try
     {
         return Run(Arguments(argc, argv));
@@ -44,4 +43,16 @@ int main(int argc, char** argv)
         Note(e.what());
         return ExitFailed;
     }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    NoteInterrupts();
+    PrepareStreams();
+    const int nResult = RunGuarded(argc, argv);
+    if (CSession::IsAdapterLeft()) // its threads still run: nothing that they use may be destroyed
+        std::_Exit(nResult);
+    return nResult;
 }

@@ -38,9 +38,18 @@ enum class ServiceKind
     Isolated   ///< none that could be reached; not offered on the command line
 };
 
+/// When words are coloured.
+enum class ColourChoice
+{
+    Auto, ///< on a terminal, unless NO_COLOR is set
+    Always,
+    Never
+};
+
 /// Texts are UTF-8.
 struct COptions
 {
+    std::string command; ///< its name
     // Common
     std::string library; ///< a bare name is looked for beside the program
     ServiceKind service = ServiceKind::Simulated;
@@ -50,11 +59,14 @@ struct COptions
     int nTraceLevel = -1;        ///< the last kind of trace line that is shown; -1: none
     unsigned nTimeoutMs = 60000; ///< for one call into the library
     bool bJson = false;
+    ColourChoice colour = ColourChoice::Auto;
+    bool bOrderlyStop = false; ///< stop the adapter before the program ends
 
     // Of the commands that take them
     std::vector<std::string> files; ///< "-" is standard input
     bool bRaw = false;
     bool bExplain = false;
+    bool bStrict = false;          ///< a remark makes the exit code 3
     std::optional<unsigned> forMs; ///< watch: nothing for no end
     unsigned nLoads = 100;
 };

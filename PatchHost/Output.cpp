@@ -1,7 +1,7 @@
 #include "PatchHost/Output.h"
 
 #include "PatchHost/Console.h"
-#include "PatchHost/Options.h"
+#include "PatchHost/Text.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,15 +16,22 @@ void Write(const std::string& text)
         throw CCommandError(ExitFailed, "cannot write to standard output");
 }
 
-bool WantsColours()
+constexpr int s_nJsonVersion = 1; // another one when a member goes or means something else
+
+bool WantsColours(const COptions& options)
 {
+    if (options.bJson || options.colour != ColourChoice::Auto)
+        return !options.bJson && options.colour == ColourChoice::Always;
     const char* const szNoColour = std::getenv("NO_COLOR");
     return (szNoColour == nullptr || *szNoColour == '\0') && HasColours(Stream::Output);
 }
 
 } // namespace
 
-COutput::COutput(bool bJson) : m_bJson(bJson), m_bColours(!bJson && WantsColours()) {}
+COutput::COutput(const COptions& options)
+    : m_command(options.command), m_bJson(options.bJson), m_bColours(WantsColours(options))
+{
+}
 
 void COutput::Text(const std::string& text) const
 {
@@ -32,10 +39,18 @@ void COutput::Text(const std::string& text) const
         Write(text);
 }
 
+void COutput::RawText(const std::string& document) const
+{
+    Text((IsTerminal(Stream::Output) ? Shown(document) : document) + "\n");
+}
+
 void COutput::Json(const CJson& object) const
 {
-    if (m_bJson)
-        Write(object.dump(-1, ' ', false, CJson::error_handler_t::replace) + "\n");
+    if (!m_bJson)
+        return;
+    CJson whole = { { "version", s_nJsonVersion }, { "command", m_command } };
+    whole.update(object);
+    Write(whole.dump(-1, ' ', false, CJson::error_handler_t::replace) + "\n");
 }
 
 std::string COutput::Coloured(const char* code, const std::string& word) const

@@ -1,6 +1,8 @@
 // What a command says: text for people or JSON for programs on standard output, notes on standard error.
 #pragma once
 
+#include "PatchHost/Options.h"
+
 #include <nlohmann/json.hpp>
 
 #include <string>
@@ -10,7 +12,7 @@ using CJson = nlohmann::ordered_json; // members keep their order
 class COutput
 {
 public:
-    explicit COutput(bool bJson);
+    explicit COutput(const COptions& options);
 
     bool IsJson() const { return m_bJson; }
 
@@ -19,16 +21,20 @@ public:
     /// In text mode alone: the text as it is.
     void Text(const std::string& text) const;
 
-    /// In JSON mode alone: the object on one line.
+    /// In text mode alone: a document byte by byte, and a line break; escaped on a terminal.
+    void RawText(const std::string& document) const;
+
+    /// In JSON mode alone: the object on one line, after the version of this form and the command.
     void Json(const CJson& object) const;
 
-    // Words in colour, where the terminal has it and NO_COLOR is not set.
+    // Words in colour, where that is wanted.
     std::string Good(const std::string& word) const { return Coloured("32", word); }
     std::string Bad(const std::string& word) const { return Coloured("31", word); }
 
 private:
     std::string Coloured(const char* code, const std::string& word) const;
 
+    const std::string m_command;
     const bool m_bJson;
     const bool m_bColours;
 };

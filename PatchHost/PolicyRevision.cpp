@@ -36,8 +36,8 @@ std::vector<BYTE> BytesFromText(const std::wstring& text)
 
 [[noreturn]] void Fail(const char* szWhat, LONG lResult)
 {
-    throw CCommandError(ExitFailed, std::string("the recorded revision cannot be ") + szWhat + ": error " +
-                                        std::to_string(lResult));
+    throw CCommandError(ExitFailed, std::string("the stored revision cannot be ") + szWhat + ": " +
+                                        SystemText(static_cast<DWORD>(lResult)));
 }
 
 /// Nothing, when the key or its value is not there; any other failure is one.

@@ -41,13 +41,13 @@ std::optional<CDomNode> LastNode(const std::vector<CTraceLine>& lines, const std
     bool bMain = false;
     for (const CTraceLine& line : lines)
     {
-        bMain = bMain || (line.nKind == 3 && line.text.rfind("Name: ", 0) == 0);
-        if (line.nKind == 3 && line.text.rfind("strNodeName: ", 0) == 0)
+        bMain = bMain || (line.kind == TraceDetail && line.text.rfind("Name: ", 0) == 0);
+        if (line.kind == TraceDetail && line.text.rfind("strNodeName: ", 0) == 0)
         {
             ++nChild;
             nSetting = 0;
         }
-        nSetting += line.nKind == 3 && line.text.rfind("strPolicyNodeName: ", 0) == 0 ? 1 : 0;
+        nSetting += line.kind == TraceDetail && line.text.rfind("strPolicyNodeName: ", 0) == 0 ? 1 : 0;
     }
     std::optional<CDomNode> node = CDomNode::Parse(AnsiToWide(document.c_str()));
     for (const size_t nIndex : { bMain ? size_t{ 2 } : size_t{ 0 }, nChild, nSetting })
@@ -78,8 +78,8 @@ void ReadParseError(CRefusal& refusal, const std::string& parseError)
 /// The library says of which type a value should have been, not of which attribute.
 std::string ConversionMessage(const std::string& type)
 {
-    return type == "11" ? "the attribute 'enabled' is no truth value: true, false, 1, 0 or -1"
-                        : "the attribute 'policyType' is no whole number of 32 bits";
+    return type == "11" ? "the attribute 'enabled' is not a truth value: true, false, 1, 0 or -1"
+                        : "the attribute 'policyType' is not a whole number of 32 bits";
 }
 
 /// Which of the two nodes of a patch policy is missing, by the names that they have in the document.
@@ -93,13 +93,29 @@ std::string MissingNodes(const std::vector<CEvidenceItem>& evidence)
     return missing;
 }
 
+/// The sentence of a failure that is not about the document: what failed, and the system's text.
+std::string FailedCall(const std::vector<CEvidenceItem>& evidence)
+{
+    std::string sentence;
+    for (const char* const szName : { "Msg", "Exception Info", "Method", "Win32 Error", "Win32 GetLastError", "hr" })
+    {
+        const std::string value = Trimmed(ValueOf(evidence, szName));
+        if (!value.empty())
+            sentence += (sentence.empty() ? "" : " ") + value;
+    }
+    return sentence.empty() ? "the library gives no reason" : sentence;
+}
+
 std::string Message(const std::vector<CEvidenceItem>& evidence)
 {
     const std::string attribute = ValueOf(evidence, "strAttrName");
     if (!attribute.empty())
         return "the attribute '" + attribute + "' is missing";
     const std::string type = ValueOf(evidence, "vtNew");
-    return type.empty() ? ValueOf(evidence, "Info Msg") + MissingNodes(evidence) : ConversionMessage(type);
+    if (!type.empty())
+        return ConversionMessage(type);
+    const std::string message = ValueOf(evidence, "Info Msg");
+    return message.empty() ? FailedCall(evidence) : message + MissingNodes(evidence);
 }
 
 void AddNode(CRefusal& refusal, const std::vector<CTraceLine>& lines, const std::string& document)
@@ -113,25 +129,27 @@ void AddNode(CRefusal& refusal, const std::vector<CTraceLine>& lines, const std:
     refusal.outline = refusal.nodePath == "/" ? "" : node->Outline();
 }
 
-/// The faulty line with a caret under its column. A tab or another control character takes one column, as a blank.
+/// The faulty line with a caret under its column.
 std::string SourceText(const CRefusal& refusal)
 {
-    std::wstring line = Utf8ToWide(refusal.source);
-    std::replace_if(
-        line.begin(), line.end(), [](wchar_t unit) { return unit < L' ' || unit == 0x7F; }, L' ');
+    const std::wstring line = Utf8ToWide(refusal.source);
     const size_t nColumn = static_cast<size_t>(std::max(refusal.nColumn - 1, 0L));
     const size_t nStart = line.size() > s_nShown && nColumn > s_nBefore ? nColumn - s_nBefore : 0;
-    const std::wstring shown = nStart < line.size() ? line.substr(nStart, s_nShown) : std::wstring();
+    const auto part = [&line](size_t nFrom, size_t nCount) {
+        return nFrom < line.size() ? Utf8ToWide(Shown(WideToUtf8(line.substr(nFrom, nCount)))) : std::wstring();
+    };
+    const size_t nCaret = part(nStart, nColumn - nStart).size() + (nColumn > line.size() ? nColumn - line.size() : 0);
     const std::string before = nStart > 0 ? "... " : "";
-    return "        " + before + WideToUtf8(shown) + (nStart + shown.size() < line.size() ? " ..." : "") +
-           "\n        " + std::string(before.size() + nColumn - nStart, ' ') + "^\n";
+    return "        " + before + WideToUtf8(part(nStart, s_nShown)) + (nStart + s_nShown < line.size() ? " ..." : "") +
+           "\n        " + std::string(before.size() + nCaret, ' ') + "^\n";
 }
 
 } // namespace
 
 std::optional<CRefusal> FindRefusal(const std::vector<CTraceLine>& lines, const std::string& document)
 {
-    const auto error = std::find_if(lines.begin(), lines.end(), [](const CTraceLine& line) { return line.nKind == 0; });
+    const auto error =
+        std::find_if(lines.begin(), lines.end(), [](const CTraceLine& line) { return line.kind == TraceError; });
     if (error == lines.end())
         return std::nullopt;
     CRefusal refusal;
@@ -157,15 +175,15 @@ std::string RefusalText(const CRefusal& refusal)
 {
     std::string text = "    " + refusal.message + "\n";
     if (!refusal.reason.empty())
-        text += "    the parser says: " + refusal.reason + "\n";
+        text += "    the parser says: " + Shown(refusal.reason) + "\n";
     if (refusal.nLine > 0)
         text += "    line " + std::to_string(refusal.nLine) + ", column " + std::to_string(refusal.nColumn) + "\n";
     if (!refusal.source.empty())
         text += SourceText(refusal);
     if (!refusal.nodePath.empty())
-        text += "    at " + refusal.nodePath + "\n";
+        text += "    at " + Shown(refusal.nodePath) + "\n";
     if (!refusal.outline.empty())
-        text += "        " + refusal.outline + "\n";
+        text += "        " + Shown(refusal.outline) + "\n";
     return text;
 }
 

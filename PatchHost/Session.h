@@ -10,32 +10,29 @@
 #include "PatchHost/TimeLimit.h"
 #include "PatchHost/TraceSink.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// Holds a factory and its adapter; stops the adapter when destroyed, unless Stop() was called before.
+/// Holds a factory and its adapter; stops the adapter when destroyed.
 class CAdapterSession
 {
 public:
-    /// @param sink  must outlive the session; may be null.
+    /// @param sink  must outlive the session.
     /// The calling thread must have entered a COM apartment.
-    /// @throw std::runtime_error when the factory makes no adapter; the reason is in the log.
-    CAdapterSession(const CAdapterLibrary& library, ILogSink* sink);
+    /// @throw std::runtime_error when the factory makes no adapter, with what the library logged as errors.
+    CAdapterSession(const CAdapterLibrary& library, CTraceSink& sink);
     ~CAdapterSession();
 
     CAdapterSession(const CAdapterSession&) = delete;
     CAdapterSession& operator=(const CAdapterSession&) = delete;
 
-    IAdapter* operator->() const { return m_pAdapter; }
     IAdapter& operator*() const { return *m_pAdapter; }
-
-    /// Destroys the adapter; takes up to about ten seconds.
-    void Stop();
 
 private:
     IAdapterFactory* m_pFactory;
-    IAdapter* m_pAdapter;
+    IAdapter* m_pAdapter = nullptr;
 };
 
 class CSession
@@ -48,24 +45,17 @@ public:
     /// With the service and the place for the revision that the options ask for.
     explicit CSession(const COptions& options);
 
-    /// Stops the adapter, which takes up to ten seconds, after saying so on standard error.
+    /// Deregisters the observers. The adapter is left to the end of the process, unless the options ask for an orderly
+    /// stop, which takes up to ten seconds and is announced on standard error.
     ~CSession();
 
     CSession(const CSession&) = delete;
     CSession& operator=(const CSession&) = delete;
 
-    /// Calls an operation of the adapter, within the time limit. @param name  the operation's.
-    template <class Operation>
-    void Call(const std::string& name, Operation&& operation)
-    {
-        const CTimeLimit limit(m_nTimeoutMs, name);
-        operation(*m_adapter);
-    }
+    // Operations of the adapter, each within the time limit.
 
-    // Operations of the adapter that several commands call, each within the time limit.
-
+    /// @param observer  must outlive the session.
     void Register(IStateObserver& observer);
-    void Deregister(IStateObserver& observer);
 
     /// Hands a document in. @return what the library logged meanwhile on the calling thread.
     std::vector<CTraceLine> SetConfiguration(const std::string& document);
@@ -73,18 +63,43 @@ public:
     /// The status document in the ANSI code page; nothing when none comes.
     std::optional<std::string> GetStatus();
 
-    CTraceSink& GetSink() { return m_sink; }
-    CPatchService& GetService() { return m_service; }
-    const CAdapterLibrary& GetLibrary() const { return m_library; }
+    /// Waits for the monitor's first look at a service that runs: it notifies the observers of it, at once in the
+    /// adapter's life but at no fixed moment.
+    void AwaitFirstLook();
+
+    CTraceSink& GetSink() { return m_parts->sink; }
+    CPatchService& GetService() { return m_parts->service; }
+    const CAdapterLibrary& GetLibrary() const { return m_parts->library; }
+
+    /// Whether an adapter was left to the end of the process, which then must end without destroying anything more.
+    static bool IsAdapterLeft();
 
 private:
+    /// What the adapter uses while it lives.
+    struct CParts
+    {
+        CParts(const COptions& options, ServiceKind kind);
+
+        const CComApartment apartment;
+        CPatchService service;
+        CTraceSink sink;
+        const CAdapterLibrary library;
+        const CAdapterSession adapter;
+    };
+
+    /// Calls an operation of the adapter, within the time limit. @param name  the operation's.
+    template <class Operation>
+    void Call(const std::string& name, Operation&& operation)
+    {
+        const CTimeLimit limit(m_nTimeoutMs, name);
+        operation(*m_parts->adapter);
+    }
+
     const unsigned m_nTimeoutMs;
-    const CComApartment m_apartment;
-    const CStatePlace m_state;
-    CPatchService m_service;
-    CTraceSink m_sink;
-    const CAdapterLibrary m_library;
-    CAdapterSession m_adapter;
+    const bool m_bOrderlyStop;
+    const CStatePlace m_state; // first, for it outlives the library
+    std::unique_ptr<CParts> m_parts;
+    std::vector<IStateObserver*> m_observers; // weak: those that are registered
 };
 
 /// Where the revision is stored with a service: in the machine's own registry only with its own service.

@@ -53,6 +53,54 @@ std::string Utf8ToAnsi(const std::string& text)
     return ToNarrow(CP_ACP, Utf8ToWide(text));
 }
 
+namespace
+{
+
+std::string Escaped(unsigned char c)
+{
+    static constexpr char s_szDigits[] = "0123456789ABCDEF";
+    switch (c)
+    {
+    case '\n':
+        return "\\n";
+    case '\r':
+        return "\\r";
+    case '\t':
+        return "\\t";
+    default:
+        return { '\\', 'x', s_szDigits[c >> 4], s_szDigits[c & 0xF] };
+    }
+}
+
+} // namespace
+
+std::string Shown(const std::string& text)
+{
+    std::string shown;
+    for (size_t n = 0; n < text.size(); ++n)
+    {
+        const auto c = static_cast<unsigned char>(text[n]);
+        const auto next = static_cast<unsigned char>(n + 1 < text.size() ? text[n + 1] : 0);
+        if (c == 0xC2 && next >= 0x80 && next <= 0x9F) // C1, two bytes in UTF-8
+            shown += Escaped(static_cast<unsigned char>(text[++n]));
+        else if (c < 0x20 || c == 0x7F)
+            shown += Escaped(c);
+        else
+            shown += text[n];
+    }
+    return shown;
+}
+
+std::string SystemText(unsigned long dwError)
+{
+    wchar_t buffer[512] = {};
+    const DWORD nLength = ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                           static_cast<DWORD>(dwError), 0, buffer, 512, nullptr);
+    const std::string text = Trimmed(WideToUtf8(std::wstring(buffer, nLength)));
+    const std::string code = "error " + std::to_string(dwError);
+    return text.empty() ? code : text + " (" + code + ")";
+}
+
 std::string Trimmed(const std::string& text)
 {
     const size_t nStart = text.find_first_not_of(" \t\r\n");
@@ -199,7 +247,7 @@ private:
     void Line(const std::string& text)
     {
         if (text.find_first_not_of(" \t\r\n") != std::string::npos)
-            m_out += std::string(2 * (m_nBase + m_nDepth), ' ') + text + "\n";
+            m_out += std::string(2 * (m_nBase + m_nDepth), ' ') + Shown(text) + "\n";
     }
 
     const std::string& m_xml;

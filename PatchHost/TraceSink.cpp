@@ -25,9 +25,9 @@ std::string Format(const char* format, va_list arguments)
 
 } // namespace
 
-const char* KindName(int nKind)
+const char* KindName(PatchTraceKind kind)
 {
-    return s_kinds[nKind];
+    return s_kinds[kind];
 }
 
 CTraceSink::CTraceSink(int nLevel) : m_nLevel(nLevel), m_hMonitorTold(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
@@ -64,20 +64,20 @@ void CTraceSink::Notice(const std::string& text)
         m_nMonitorTick = ::GetTickCount64();
 }
 
-void CTraceSink::Write(int nKind, const char* format, va_list arguments)
+void CTraceSink::Write(PatchTraceKind kind, const char* format, va_list arguments)
 {
     const std::string formatted = AnsiToUtf8(Format(format, arguments));
     const bool bNamed = formatted.compare(0, s_name.size(), s_name) == 0;
-    const CTraceLine line = { nKind, ::GetCurrentThreadId(), bNamed ? formatted.substr(s_name.size()) : formatted };
+    const CTraceLine line = { kind, ::GetCurrentThreadId(), bNamed ? formatted.substr(s_name.size()) : formatted };
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         Notice(line.text);
         if (m_listener)
             m_listener(line);
     }
-    if (nKind > m_nLevel)
+    if (kind > m_nLevel)
         return;
-    const std::string shown = std::string(KindName(nKind)) + ": " + formatted + "\n";
+    const std::string shown = std::string(KindName(kind)) + ": " + Shown(formatted) + "\n";
     std::fputs(shown.c_str(), stderr); // one call, so that lines of several threads do not mix
 }
 
@@ -90,11 +90,11 @@ void CTraceSink::Write(int nKind, const char* format, va_list arguments)
         va_end(arguments);                                                                                             \
     }
 
-TRACE_SINK_OPERATION(LogError, 0)
-TRACE_SINK_OPERATION(LogWarning, 1)
-TRACE_SINK_OPERATION(LogInfo, 2)
-TRACE_SINK_OPERATION(LogDetail, 3)
-TRACE_SINK_OPERATION(LogTrace, 4)
+TRACE_SINK_OPERATION(LogError, TraceError)
+TRACE_SINK_OPERATION(LogWarning, TraceWarning)
+TRACE_SINK_OPERATION(LogInfo, TraceInfo)
+TRACE_SINK_OPERATION(LogDetail, TraceDetail)
+TRACE_SINK_OPERATION(LogTrace, TraceCall)
 
 CCallTrace::CCallTrace(CTraceSink& sink) : m_sink(sink)
 {

@@ -13,13 +13,13 @@
 /// A line of the library's trace.
 struct CTraceLine
 {
-    int nKind; ///< 0 error, 1 warning, 2 info, 3 detail, 4 trace
+    PatchTraceKind kind;
     DWORD dwThreadId;
     std::string text; ///< UTF-8, without the library's name in front
 };
 
 /// The name of a kind of line.
-const char* KindName(int nKind);
+const char* KindName(PatchTraceKind kind);
 
 /// Writes each line of the kinds up to a level to standard error, and notices when the monitor has first told of the
 /// service: nothing else tells a host. Any thread may write.
@@ -28,7 +28,7 @@ class CTraceSink final : public ILogSink
 public:
     using Listener = std::function<void(const CTraceLine&)>;
 
-    /// @param nLevel  the last kind that is shown: 0 errors alone, 4 everything; -1 nothing.
+    /// @param nLevel  the last kind that is shown; -1: none.
     explicit CTraceSink(int nLevel);
     ~CTraceSink();
 
@@ -52,7 +52,7 @@ public:
     void LogTrace(const char* format, ...) override;
 
 private:
-    void Write(int nKind, const char* format, va_list arguments);
+    void Write(PatchTraceKind kind, const char* format, va_list arguments);
     void Notice(const std::string& text);
 
     const int m_nLevel;

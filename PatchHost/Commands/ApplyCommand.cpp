@@ -40,10 +40,10 @@ struct CApplied
     size_t nNotifications = 0;
 };
 
-bool Says(const CApplied& applied, int nKind, const std::string& message)
+bool Says(const CApplied& applied, PatchTraceKind kind, const std::string& message)
 {
     for (const CTraceLine& line : applied.lines)
-        if (line.nKind == nKind && line.text.compare(0, message.size(), message) == 0)
+        if (line.kind == kind && line.text.compare(0, message.size(), message) == 0)
             return true;
     return false;
 }
@@ -56,12 +56,13 @@ CApplied Apply(CSession& session, CStatusObserver& observer, const std::string& 
     applied.after = PolicyRevisionText();
     applied.nNotifications = observer.CountOf(::GetCurrentThreadId());
     applied.refusal = FindRefusal(applied.lines, document);
-    applied.bPatchPolicy = Says(applied, 2, "Info Msg: Translating policy XML") && Says(applied, 3, "Name: policy");
-    applied.bLoaded = Says(applied, 2, "Info Msg: Loaded configuration xml");
-    applied.bNotRunning = Says(applied, 1, "Info Msg: Failed to apply configuration because");
-    applied.bNotConnected = Says(applied, 1, "Info Msg: Unable to connect to the Patch API");
-    applied.bNotPushed = Says(applied, 1, "Info Msg: Failed to apply Patch Agent settings policy");
-    applied.bApplied = Says(applied, 2, "Info Msg: Configuration successfully applied");
+    applied.bPatchPolicy =
+        Says(applied, TraceInfo, "Info Msg: Translating policy XML") && Says(applied, TraceDetail, "Name: policy");
+    applied.bLoaded = Says(applied, TraceInfo, "Info Msg: Loaded configuration xml");
+    applied.bNotRunning = Says(applied, TraceWarning, "Info Msg: Failed to apply configuration because");
+    applied.bNotConnected = Says(applied, TraceWarning, "Info Msg: Unable to connect to the Patch API");
+    applied.bNotPushed = Says(applied, TraceWarning, "Info Msg: Failed to apply Patch Agent settings policy");
+    applied.bApplied = Says(applied, TraceInfo, "Info Msg: Configuration successfully applied");
     return applied;
 }
 
@@ -99,7 +100,7 @@ std::vector<CEvidenceItem> Evidence(const CApplied& applied, const std::string& 
     if (applied.bApplied || applied.refusal)
         return items;
     for (const CTraceLine& line : applied.lines)
-        if (line.nKind == 1)
+        if (line.kind == TraceWarning)
             for (const CEvidenceItem& item : SplitEvidence(line.text, document))
                 items.push_back(item);
     return items;
@@ -142,7 +143,7 @@ void Show(const COutput& out, const CApplied& applied, const std::string& docume
         json["steps"].push_back({ { "name", step.name }, { "outcome", step.outcome } });
         const std::string outcome = step.outcome == s_szFailed ? out.Bad(step.outcome) : step.outcome;
         out.Text(step.name + std::string(16 - step.name.size(), ' ') + outcome +
-                 (step.detail.empty() || step.outcome == s_szNotReached ? "" : ", " + step.detail) + "\n");
+                 (step.detail.empty() || step.outcome == s_szNotReached ? "" : ", " + Shown(step.detail)) + "\n");
     }
     if (applied.refusal)
     {
@@ -161,7 +162,7 @@ void Show(const COutput& out, const CApplied& applied, const std::string& docume
 
 int ApplyCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     const std::string document = ReadDocument(options.files.front());
     CStatusObserver observer;
     CSession session(options);
@@ -171,6 +172,5 @@ int ApplyCommand(const COptions& options)
     session.GetService().BeginSteps([](const std::string& word) { Note("the service " + word); });
     const CApplied applied = Apply(session, observer, document);
     Show(out, applied, document);
-    session.Deregister(observer);
     return UnlessInterrupted(Result(applied));
 }

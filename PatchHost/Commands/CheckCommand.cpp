@@ -321,7 +321,7 @@ void TryRules(CReport& report, const COptions& options, CPatchService& service)
 
 int CheckCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     CReport report(out);
     const CComApartment apartment;
     const CStatePlace state(StateKind::Throwaway, "");

@@ -41,7 +41,7 @@ const char* ServiceWord()
 
 int InfoCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     const CAdapterLibrary library(options.library); // which has looked for both exports
     const std::string interfaceVersion = std::to_string(library.GetMajor()) + "." + std::to_string(library.GetMinor());
     const std::string fileVersion = FileVersion(library.GetPath());

@@ -2,11 +2,14 @@
 #include "PatchHost/Apartment.h"
 #include "PatchHost/Boundary.h"
 #include "PatchHost/Commands/Commands.h"
+#include "PatchHost/Console.h"
 #include "PatchHost/Documents.h"
 #include "PatchHost/Interrupt.h"
 #include "PatchHost/Session.h"
 #include "PatchHost/Text.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -33,7 +36,8 @@ void RefuseOtherFile(const std::string& target)
     std::string line;
     std::getline(stream, line);
     if (!line.empty() && line.compare(0, 14, "{\"patchhost\":1") != 0)
-        throw CCommandError(ExitUsage, target + " is no recording and is left as it is; the file to write comes first");
+        throw CCommandError(ExitUsage,
+                            target + " is not a recording and is left as it is; the file to write comes first");
 }
 
 void RecordSession(CBoundary& boundary, const std::vector<std::string>& policies)
@@ -70,6 +74,8 @@ int RecordCommand(const COptions& options)
     if (target != "-")
     {
         RefuseOtherFile(target);
+        if (!MakePrivate(std::filesystem::u8path(target))) // policies hold server keys
+            throw CCommandError(ExitFailed, "cannot write " + target + ": " + std::strerror(errno));
         file.open(std::filesystem::u8path(target), std::ios::binary);
     }
     std::ostream& stream = target == "-" ? std::cout : file;

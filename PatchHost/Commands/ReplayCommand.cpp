@@ -6,6 +6,7 @@
 #include "PatchHost/Documents.h"
 #include "PatchHost/Interrupt.h"
 #include "PatchHost/Session.h"
+#include "PatchHost/Text.h"
 
 #include <regex>
 #include <sstream>
@@ -13,6 +14,8 @@
 
 namespace
 {
+
+constexpr size_t s_nMostBytes = 16 * size_t{ PATCHADAPTER_MAX_POLICY_BYTES }; // several policies and their traces
 
 /// What may differ from one session to the next: GUIDs, times, line numbers and addresses.
 std::string Masked(const std::string& text)
@@ -58,12 +61,12 @@ void UseCodePage(unsigned nCodePage)
 std::vector<CJson> ReadRecording(const std::string& file)
 {
     std::vector<CJson> events;
-    std::istringstream stream(ReadDocument(file));
+    std::istringstream stream(ReadFile(file, s_nMostBytes, ExitFailed));
     for (std::string line; std::getline(stream, line);)
     {
         events.push_back(CJson::parse(line, nullptr, false));
         if (!IsHeader(events.front()))
-            throw CCommandError(ExitFailed, file + " is no recording");
+            throw CCommandError(ExitFailed, file + " is not a recording");
         if (!events.back().is_object())
             throw CCommandError(ExitFailed, file + " is broken in line " + std::to_string(events.size()));
     }
@@ -103,8 +106,8 @@ bool Differs(const COutput& out, const std::string& thread, const std::vector<st
     out.Json(json);
     out.Text(thread + ": " +
              (bSame ? out.Good("the same") + ", " + std::to_string(recorded.size()) + " events\n"
-                    : out.Bad("different") + " from event " + std::to_string(n + 1) + " on\n    recorded: " + was +
-                          "\n    played:   " + is + "\n"));
+                    : out.Bad("different") + " from event " + std::to_string(n + 1) +
+                          " on\n    recorded: " + Shown(was) + "\n    played:   " + Shown(is) + "\n"));
     return !bSame;
 }
 
@@ -112,7 +115,7 @@ bool Differs(const COutput& out, const std::string& thread, const std::vector<st
 
 int ReplayCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     const std::vector<CJson> recording = ReadRecording(options.files.front());
     const CJson& header = recording.front();
     const CComApartment apartment;

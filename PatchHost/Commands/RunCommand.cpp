@@ -124,11 +124,10 @@ void ChangeService(CSession& session, const COutput& out, CStatusObserver& obser
 
 int RunCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
-    if (options.service != ServiceKind::Simulated || !options.serviceScript.empty())
-        throw CCommandError(ExitUsage, "run brings a service of its own; for another one there is apply");
+    const COutput out(options);
     const std::string policy = ReadDocument(options.files.front());
     COptions own = options;
+    own.bOrderlyStop = true;
     own.nTraceLevel = std::max(options.nTraceLevel, 0); // what fails here must be seen
     CStatusObserver observer;
     CSession session(own);
@@ -145,6 +144,5 @@ int RunCommand(const COptions& options)
     Require(session.GetSink().AwaitMonitor(s_nMonitorSeconds * s_dwSecond), "the monitor sees that the service runs");
     ChangeService(session, out, observer, false);
     ChangeService(session, out, observer, true);
-    session.Deregister(observer);
     return UnlessInterrupted(ExitDone);
 }

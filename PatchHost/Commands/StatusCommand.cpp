@@ -7,7 +7,7 @@
 
 int StatusCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     CSession session(options);
     const std::optional<std::string> document = session.GetStatus();
     if (!document)
@@ -15,7 +15,7 @@ int StatusCommand(const COptions& options)
     const std::string raw = AnsiToUtf8(*document);
     if (options.bRaw)
     {
-        out.Text(raw + "\n");
+        out.RawText(raw);
         out.Json({ { "document", raw } });
         return UnlessInterrupted(ExitDone);
     }
@@ -23,6 +23,6 @@ int StatusCommand(const COptions& options)
     CJson json = StatusJson(status);
     json["document"] = raw;
     out.Json(json);
-    out.Text(IndentXml(raw) + Verdict(status) + "\n");
+    out.Text(IndentXml(raw) + Shown(Verdict(status)) + "\n");
     return UnlessInterrupted(ExitDone);
 }

@@ -73,7 +73,7 @@ std::string Table(const std::vector<COrigin>& origins)
         nValue = std::max(nValue, origin.value.size());
     std::string text;
     for (const COrigin& origin : origins)
-        text += Padded(origin.setting, 21) + Padded(origin.value, nValue) + origin.origin + "\n";
+        text += Padded(origin.setting, 21) + Padded(Shown(origin.value), nValue) + origin.origin + "\n";
     return text;
 }
 
@@ -92,7 +92,10 @@ void Show(const COutput& out, const COptions& options, const std::wstring& setti
     if (!options.bExplain)
     {
         const bool bRaw = options.bRaw || !IsTerminal(Stream::Output);
-        out.Text(bRaw ? text + "\n" : IndentXml(text));
+        if (bRaw)
+            out.RawText(text);
+        else
+            out.Text(IndentXml(text));
         out.Json(json);
         return;
     }
@@ -110,7 +113,7 @@ void Show(const COutput& out, const COptions& options, const std::wstring& setti
 
 int TranslateCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     const std::string document = ReadDocument(options.files.front());
     COptions own = options;
     own.serviceScript.clear();

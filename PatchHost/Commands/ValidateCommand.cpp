@@ -5,6 +5,7 @@
 #include "PatchHost/Output.h"
 #include "PatchHost/Refusal.h"
 #include "PatchHost/Session.h"
+#include "PatchHost/Text.h"
 
 namespace
 {
@@ -17,9 +18,9 @@ std::vector<std::string> Remarks(const std::vector<CTraceLine>& lines)
     std::vector<std::string> remarks;
     for (const CTraceLine& line : lines)
     {
-        if (line.nKind == 2 && line.text == s_message + "Applying configuration")
+        if (line.kind == TraceInfo && line.text == s_message + "Applying configuration")
             break;
-        if (line.nKind == 1)
+        if (line.kind == TraceWarning)
             remarks.push_back(line.text.compare(0, s_message.size(), s_message) == 0
                                   ? line.text.substr(s_message.size())
                                   : line.text);
@@ -27,13 +28,12 @@ std::vector<std::string> Remarks(const std::vector<CTraceLine>& lines)
     return remarks;
 }
 
-void Accepted(const COutput& out, const std::string& file, const std::vector<CTraceLine>& lines)
+void Accepted(const COutput& out, const std::string& file, const std::vector<std::string>& remarks)
 {
-    const std::vector<std::string> remarks = Remarks(lines);
     out.Json({ { "file", file }, { "accepted", true }, { "remarks", remarks } });
     out.Text(file + ": " + out.Good("accepted") + "\n");
     for (const std::string& remark : remarks)
-        out.Text("    remark: " + remark + "\n");
+        out.Text("    remark: " + Shown(remark) + "\n");
 }
 
 void Refused(const COutput& out, const std::string& file, const CRefusal& refusal)
@@ -51,17 +51,6 @@ ExitCode Unreadable(const COutput& out, const std::string& file, const std::stri
     return ExitFailed;
 }
 
-ExitCode Validate(CSession& session, const COutput& out, const std::string& file, const std::string& document)
-{
-    const std::vector<CTraceLine> lines = session.SetConfiguration(document);
-    const std::optional<CRefusal> refusal = FindRefusal(lines, document);
-    if (refusal)
-        Refused(out, file, *refusal);
-    else
-        Accepted(out, file, lines);
-    return refusal ? ExitRefused : ExitDone;
-}
-
 /// A document, or why there is none.
 struct CInput
 {
@@ -69,6 +58,20 @@ struct CInput
     std::string document;
     std::string error;
 };
+
+ExitCode Validate(CSession& session, const COutput& out, const CInput& input, bool bStrict)
+{
+    const std::vector<CTraceLine> lines = session.SetConfiguration(input.document);
+    const std::optional<CRefusal> refusal = FindRefusal(lines, input.document);
+    if (refusal)
+    {
+        Refused(out, input.file, *refusal);
+        return ExitRefused;
+    }
+    const std::vector<std::string> remarks = Remarks(lines);
+    Accepted(out, input.file, remarks);
+    return bStrict && !remarks.empty() ? ExitRefused : ExitDone;
+}
 
 /// All of them before the adapter is made: an interrupt while standard input is read has nothing to wait for.
 std::vector<CInput> ReadInputs(const std::vector<std::string>& files)
@@ -93,7 +96,7 @@ std::vector<CInput> ReadInputs(const std::vector<std::string>& files)
 
 int ValidateCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     const std::vector<CInput> inputs = ReadInputs(options.files);
     CSession session(options, ServiceKind::Isolated, StateKind::Throwaway);
     ExitCode worst = ExitDone;
@@ -101,7 +104,7 @@ int ValidateCommand(const COptions& options)
     {
         if (IsInterrupted())
             break;
-        const ExitCode result = input.error.empty() ? Validate(session, out, input.file, input.document)
+        const ExitCode result = input.error.empty() ? Validate(session, out, input, options.bStrict)
                                                     : Unreadable(out, input.file, input.error);
         if (worst != ExitFailed && result != ExitDone) // a document that was not looked at says less than a refused one
             worst = result;

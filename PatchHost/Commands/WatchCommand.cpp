@@ -31,7 +31,7 @@ std::string Changes(const CJson& before, const CJson& now)
     std::string text;
     for (const auto& [name, value] : now.items())
         if (name != "timestamp" && name != "verdict" && (before.is_null() || before.at(name) != value))
-            text += "    " + name + ": " + value.dump() + "\n";
+            text += "    " + name + ": " + Shown(value.dump(-1, ' ', false, CJson::error_handler_t::replace)) + "\n";
     return text.empty() ? "    nothing has changed\n" : text;
 }
 
@@ -70,7 +70,7 @@ private:
 void Show(const COutput& out, CJson& before, const std::string& document)
 {
     const CJson now = StatusJson(ParseStatus(document));
-    out.Text(LocalTime() + " " + now.at("verdict").get<std::string>() + "\n" + Changes(before, now));
+    out.Text(LocalTime() + " " + Shown(now.at("verdict").get<std::string>()) + "\n" + Changes(before, now));
     CJson json = { { "time", LocalTime() } };
     json.update(now);
     out.Json(json);
@@ -86,9 +86,10 @@ bool IsOver(const COptions& options, ULONGLONG nStart)
 
 int WatchCommand(const COptions& options)
 {
-    const COutput out(options.bJson);
+    const COutput out(options);
     CStatusObserver observer;
     CSession session(options);
+    session.AwaitFirstLook(); // so that the first lines are the same each time
     session.Register(observer);
     session.GetService().BeginSteps([](const std::string& word) { Note("the service " + word); });
     const ULONGLONG nStart = ::GetTickCount64();
@@ -104,6 +105,5 @@ int WatchCommand(const COptions& options)
             countdown.Show();
         }
     }
-    session.Deregister(observer);
     return UnlessInterrupted(ExitDone);
 }
