@@ -1,4 +1,6 @@
-#include "AgentObjects.h"
+#include "AgentSimulator/AgentObjects.h"
+
+#include "OvComPtr.h"
 
 namespace
 {
@@ -144,10 +146,9 @@ public:
 private:
     HRESULT Create(REFIID riid, void** ppvObject)
     {
-        CServiceObject* const pObject = new CServiceObject(m_pState);
-        const HRESULT hr = pObject->QueryInterface(riid, ppvObject);
-        pObject->Release();
-        return hr;
+        COvComPtr<CServiceObject> spObject;
+        spObject.Attach(new CServiceObject(m_pState));
+        return spObject->QueryInterface(riid, ppvObject);
     }
 };
 
@@ -160,7 +161,7 @@ IUnknown* MakeClassObject(const std::shared_ptr<CAgentState>& pState)
 
 void LeaveErrorObject(CAgentState& state, const CAgentErrorObject& content)
 {
-    IErrorInfo* const pErrorInfo = new CErrorObject(state.shared_from_this(), content);
-    ::SetErrorInfo(0, pErrorInfo);
-    pErrorInfo->Release();
+    COvComPtr<IErrorInfo> spErrorInfo;
+    spErrorInfo.Attach(new CErrorObject(state.shared_from_this(), content));
+    ::SetErrorInfo(0, spErrorInfo.Get());
 }

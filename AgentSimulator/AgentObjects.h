@@ -1,7 +1,7 @@
 // The COM objects of the simulated service. Internal to the simulator.
 #pragma once
 
-#include "AgentState.h"
+#include "AgentSimulator/AgentState.h"
 
 /// The service's class object, with one reference for the caller. It keeps the state alive.
 IUnknown* MakeClassObject(const std::shared_ptr<CAgentState>& pState);

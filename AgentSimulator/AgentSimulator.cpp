@@ -1,6 +1,7 @@
-#include "AgentSimulator.h"
+#include "AgentSimulator/AgentSimulator.h"
 
-#include "AgentObjects.h"
+#include "AgentSimulator/AgentObjects.h"
+#include "OvComPtr.h"
 
 CAgentSimulator::CAgentSimulator() : m_pState(std::make_shared<CAgentState>()) {}
 
@@ -30,11 +31,10 @@ bool CAgentSimulator::PublishClass()
     m_pState->Revive();
     if (m_dwCookie != 0)
         return true;
-    IUnknown* const pClass = MakeClassObject(m_pState);
-    const HRESULT hr =
-        ::CoRegisterClassObject(CLSID_TrevokPatchApi, pClass, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_dwCookie);
-    pClass->Release();
-    return SUCCEEDED(hr);
+    COvComPtr<IUnknown> spClass;
+    spClass.Attach(MakeClassObject(m_pState));
+    return SUCCEEDED(::CoRegisterClassObject(CLSID_TrevokPatchApi, spClass.Get(), CLSCTX_INPROC_SERVER,
+                                             REGCLS_MULTIPLEUSE, &m_dwCookie));
 }
 
 void CAgentSimulator::WithdrawClass()

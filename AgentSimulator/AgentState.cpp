@@ -1,6 +1,6 @@
-#include "AgentState.h"
+#include "AgentSimulator/AgentState.h"
 
-#include "AgentObjects.h"
+#include "AgentSimulator/AgentObjects.h"
 
 namespace
 {

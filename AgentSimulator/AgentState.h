@@ -1,7 +1,7 @@
 // What the simulated service is at the moment, shared by its COM objects. Internal to the simulator.
 #pragma once
 
-#include "AgentSimulator.h"
+#include "AgentSimulator/AgentSimulator.h"
 
 #include <atomic>
 #include <map>

@@ -1,12 +1,13 @@
-// Small templates that more than one room needs: the wiping buffer and the checked interface query.
+// Small templates that more than one folder needs: the wiping buffer and the checked interface query. Their exceptions
+// and trace, and the guarded call, are those of ovCore/.
 #pragma once
 
+#include "OvComPtr.h"
 #include "ovCore/OvCallOut.h"
-#include "ovCore/OvComPtr.h"
 #include "ovCore/OvException.h"
 #include "ovCore/OvStackTrace.h"
-#include "ovCore/OvWipe.h"
 #include "OvPlatform.h"
+#include "OvWipe.h"
 
 #include <cstdint>
 #include <cstring>

@@ -1,4 +1,4 @@
-// The owner of a kernel handle.
+// The owner of a kernel handle. Its exceptions and trace are those of ovCore/.
 #pragma once
 
 #include "ovCore/OvException.h"

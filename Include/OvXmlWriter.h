@@ -1,16 +1,19 @@
-// Writes XML without a DOM: a sequence of operations makes a document, which is rendered as one text.
+// Writes XML without a DOM: a sequence of operations makes a document, which is rendered as one text. The sources are
+// in ovCore/.
 #pragma once
 
 #include "ovCore/OvEvidence.h"
 #include "ovCore/OvStackTrace.h"
-#include "ovCore/OvXmlWriterNode.h"
 #include "OvPlatform.h"
 
 #include <locale>
-#include <optional>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <type_traits>
+
+class COvXmlWriterDocument;
+struct COvXmlWriterNode;
 
 /// Records XML nodes and renders them. Texts are UTF-16. Names and prefixes are written as they are passed: nothing is
 /// validated and nothing indented. `bEscape` says whether a value is escaped to printable ASCII or written as it is.
@@ -88,8 +91,8 @@ public:
     /// then, and rendering.
     void WriteEndElement();
 
-    /// The rendering of the whole tree: every element with a start and an end tag, those that are still open too. Empty
-    /// without a document or with an empty one. May be asked for at any point, any number of times; the tree's depth
+    /// The rendering of the whole document: every element with a start and an end tag, those that are still open too.
+    /// Empty without a document or with an empty one. May be asked for at any point, any number of times; its depth
     /// costs no stack. Raises std::bad_alloc when memory runs out.
     std::wstring ToStringW() const;
 
@@ -119,6 +122,6 @@ private:
 
     static constexpr const wchar_t* s_szSource = L"ovCore\\OvXmlWriter";
 
-    std::optional<COvXmlWriterTree> m_tree; // the document with all nodes; none before the first one
-    COvXmlWriterNode* m_pCurrent = nullptr; // weak: the open node, the document or an element; null when none is
+    std::unique_ptr<COvXmlWriterDocument> m_pDocument; // null before the first one
+    COvXmlWriterNode* m_pCurrent = nullptr; // not owned: the open node, the document or an element; null for none
 };

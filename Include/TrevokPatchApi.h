@@ -18,6 +18,10 @@ inline constexpr IID IID_ITrevokPatchApi = TREVOK_PATCH_IID_VALUE;
 /// The kernel event that the service keeps signalled while it runs.
 inline constexpr wchar_t TREVOK_SERVICE_EVENT[] = L"Global\\_HDQ_EVENT_03_";
 
+/// The value in which the revision of the applied policy is recorded: under HKEY_LOCAL_MACHINE, in the 64-bit view.
+#define TREVOK_REVISION_KEY L"SOFTWARE\\Trevok\\Trevok Patch Agent"
+#define TREVOK_REVISION_NAME L"PolicyRevId"
+
 /// The states of the service that are set or read.
 enum PatchApiStateId : LONG
 {

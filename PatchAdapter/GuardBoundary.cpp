@@ -1,6 +1,6 @@
-#include "GuardBoundary.h"
+#include "PatchAdapter/GuardBoundary.h"
 
-#include "AdapterEvidence.h"
+#include "PatchAdapter/AdapterEvidence.h"
 
 void TraceCurrentException(CPatchTrace& trace, const wchar_t* szSource, LONG nLine, const wchar_t* szFunction) noexcept
 {

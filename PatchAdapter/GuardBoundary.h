@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ovCore/OvCallOut.h"
-#include "PatchTrace.h"
+#include "PatchAdapter/PatchTrace.h"
 
 /// Writes the exception that is being handled to the trace, as an exception: a COvException as it is, any other one
 /// wrapped. To be called from a catch block.

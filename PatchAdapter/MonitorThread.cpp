@@ -1,11 +1,11 @@
-#include "MonitorThread.h"
+#include "PatchAdapter/MonitorThread.h"
 
-#include "AdapterEvidence.h"
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
-#include "PatchAdapter.h"
-#include "PatchApi.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/PatchAdapter.h"
+#include "PatchAdapter/PatchApi.h"
 
 namespace
 {

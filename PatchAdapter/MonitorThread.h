@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ovCore/OvThread.h"
-#include "PatchTrace.h"
+#include "PatchAdapter/PatchTrace.h"
 
 class CPatchAdapter;
 

@@ -1,4 +1,4 @@
-#include "ObserverList.h"
+#include "PatchAdapter/ObserverList.h"
 
 #include <algorithm>
 

@@ -1,14 +1,14 @@
 // The adapter object: construction, the registry of observers, what is not implemented, the library's version.
-#include "PatchAdapter.h"
+#include "PatchAdapter/PatchAdapter.h"
 
-#include "AdapterEvidence.h"
-#include "GuardBoundary.h"
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStackTrace.h"
 #include "ovCore/OvStringUtil.h"
 #include "ovCore/OvVersionResource.h"
-#include "PatchAdapterFactory.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/GuardBoundary.h"
+#include "PatchAdapter/PatchAdapterFactory.h"
 
 namespace
 {

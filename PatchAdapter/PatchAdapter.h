@@ -1,14 +1,14 @@
 // The adapter: the one object through which the host drives the system.
 #pragma once
 
-#include "MonitorThread.h"
-#include "ObserverList.h"
-#include "OneSlotDestructor.h"
 #include "ovCore/OvCriticalSection.h"
 #include "ovCore/OvVersion.h"
 #include "ovCore/OvXmlNode.h"
 #include "OvXmlWriter.h"
-#include "PatchTrace.h"
+#include "PatchAdapter/MonitorThread.h"
+#include "PatchAdapter/ObserverList.h"
+#include "PatchAdapter/OneSlotDestructor.h"
+#include "PatchAdapter/PatchTrace.h"
 
 #include <map>
 #include <string>

@@ -1,5 +1,5 @@
 // The library's entry points.
-#include "PatchAdapterFactory.h"
+#include "PatchAdapter/PatchAdapterFactory.h"
 
 #include <new>
 

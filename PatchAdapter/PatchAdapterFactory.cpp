@@ -1,8 +1,8 @@
-#include "PatchAdapterFactory.h"
+#include "PatchAdapter/PatchAdapterFactory.h"
 
-#include "AdapterEvidence.h"
-#include "GuardBoundary.h"
-#include "PatchAdapter.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/GuardBoundary.h"
+#include "PatchAdapter/PatchAdapter.h"
 
 HINSTANCE g_hInstance = nullptr;
 bool g_bAdapterCreated = false;

@@ -1,8 +1,8 @@
 // The factory that the host obtains from the library.
 #pragma once
 
-#include "OneSlotDestructor.h"
-#include "PatchTrace.h"
+#include "PatchAdapter/OneSlotDestructor.h"
+#include "PatchAdapter/PatchTrace.h"
 
 class CPatchAdapter;
 

@@ -1,11 +1,11 @@
-#include "PatchApi.h"
+#include "PatchAdapter/PatchApi.h"
 
-#include "AdapterEvidence.h"
-#include "ovCore/OvComPtr.h"
+#include "OvComPtr.h"
 #include "ovCore/OvErrorInfo.h"
 #include "ovCore/OvStackTrace.h"
 #include "ovCore/OvVersion.h"
 #include "OVTemplates.h"
+#include "PatchAdapter/AdapterEvidence.h"
 
 namespace
 {

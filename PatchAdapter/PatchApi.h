@@ -3,7 +3,7 @@
 
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvEvent.h"
-#include "PatchTrace.h"
+#include "PatchAdapter/PatchTrace.h"
 #include "TrevokPatchApi.h"
 
 #include <memory>

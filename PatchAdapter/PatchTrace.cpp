@@ -1,4 +1,4 @@
-#include "PatchTrace.h"
+#include "PatchAdapter/PatchTrace.h"
 
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvStringUtil.h"

@@ -1,25 +1,20 @@
 // Policy apply: settings go to the service, the revision to the registry, the new status to the observers.
-#include "AdapterEvidence.h"
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvRegKey.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
-#include "PatchAdapter.h"
-#include "PatchApi.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/PatchAdapter.h"
+#include "PatchAdapter/PatchApi.h"
 
 namespace
 {
 
 const wchar_t s_szGetConfiguration[] = L"CPatchAdapter::GetConfiguration";
 
-#define REVISION_PATH L"SOFTWARE\\Trevok\\Trevok Patch Agent"
-const wchar_t s_szRevisionPath[] = REVISION_PATH;
-const wchar_t s_szRevisionName[] = L"PolicyRevId";
-const wchar_t s_szRevisionValue[] = L"HKLM\\" REVISION_PATH L"\\PolicyRevId";
-
 void CreateRevisionKey(COvRegKey& key)
 {
-    key.Create(s_szRevisionPath, HKEY_LOCAL_MACHINE, KEY_ALL_ACCESS, 0);
+    key.Create(TREVOK_REVISION_KEY, HKEY_LOCAL_MACHINE, KEY_ALL_ACCESS, 0);
 }
 
 } // namespace
@@ -67,15 +62,15 @@ void CPatchAdapter::LoadPolicyRevId()
 {
     COvRegKey key(RegView64);
     CreateRevisionKey(key);
-    if (COvRegKey::ValueExists(s_szRevisionValue, RegView64))
-        m_wzRevId = key.GetStringValue(s_szRevisionName);
+    if (COvRegKey::ValueExists(L"HKLM\\" TREVOK_REVISION_KEY L"\\" TREVOK_REVISION_NAME, RegView64))
+        m_wzRevId = key.GetStringValue(TREVOK_REVISION_NAME);
 }
 
 void CPatchAdapter::SavePolicyRevId()
 {
     COvRegKey key(RegView64);
     CreateRevisionKey(key);
-    key.SetValue(s_szRevisionName, m_wzRevId);
+    key.SetValue(TREVOK_REVISION_NAME, m_wzRevId);
 }
 
 // Nothing is caught here: what the receiver throws goes on to the host. An exception of the host's compiler runs no

@@ -1,12 +1,12 @@
 // Policy intake: a document from the host is parsed, its outline checked and its identity noted.
-#include "AdapterEvidence.h"
-#include "GuardBoundary.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
 #include "ovCore/OvXmlDocument.h"
 #include "ovCore/OvXmlNodeList.h"
-#include "PatchAdapter.h"
-#include "PolicyXml.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/GuardBoundary.h"
+#include "PatchAdapter/PatchAdapter.h"
+#include "PatchAdapter/PolicyXml.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 // Policy translation: the policy's configuration becomes the patch service's own settings document.
-#include "AdapterEvidence.h"
 #include "ovCore/OvStringUtil.h"
 #include "ovCore/OvXmlNodeList.h"
-#include "PatchAdapter.h"
-#include "PolicyXml.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/PatchAdapter.h"
+#include "PatchAdapter/PolicyXml.h"
 #include "TrevokPatchApi.h"
 
 #include <string_view>

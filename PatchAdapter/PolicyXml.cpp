@@ -1,4 +1,4 @@
-#include "PolicyXml.h"
+#include "PatchAdapter/PolicyXml.h"
 
 #include "ovCore/OvStringUtil.h"
 

@@ -1,12 +1,12 @@
 // The status document: what the service, the registry record and the library say, as the host gets it.
-#include "AdapterEvidence.h"
-#include "GuardBoundary.h"
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvDateTime.h"
 #include "ovCore/OvSingleLock.h"
 #include "ovCore/OvStringUtil.h"
-#include "PatchAdapter.h"
-#include "PatchApi.h"
+#include "PatchAdapter/AdapterEvidence.h"
+#include "PatchAdapter/GuardBoundary.h"
+#include "PatchAdapter/PatchAdapter.h"
+#include "PatchAdapter/PatchApi.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
-#include "OVOsVersion.h"
+#include "ovCore/OVOsVersion.h"
 
-#include "OvStackTrace.h"
+#include "ovCore/OvStackTrace.h"
 
 #include <algorithm>
 #include <exception>

@@ -1,9 +1,9 @@
 // Which Windows is running.
 #pragma once
 
-#include "OvOsRecord.h"
+#include "ovCore/OvOsRecord.h"
+#include "ovCore/OvVersion.h"
 #include "OvPlatform.h"
-#include "OvVersion.h"
 
 #include <bitset>
 

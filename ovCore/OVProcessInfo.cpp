@@ -1,9 +1,9 @@
-#include "OVProcessInfo.h"
+#include "ovCore/OVProcessInfo.h"
 
-#include "OvFile.h"
-#include "OvHeapBlock.h"
-#include "OVOsVersion.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvFile.h"
+#include "ovCore/OvHeapBlock.h"
+#include "ovCore/OVOsVersion.h"
+#include "ovCore/OvStackTrace.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "OvBstr.h"
+#include "ovCore/OvBstr.h"
 
 #include <climits>
 #include <utility>

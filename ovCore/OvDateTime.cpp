@@ -1,6 +1,6 @@
-#include "OvDateTime.h"
+#include "ovCore/OvDateTime.h"
 
-#include "OvStackTrace.h"
+#include "ovCore/OvStackTrace.h"
 
 #include <cmath>
 #include <ctime>

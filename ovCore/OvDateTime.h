@@ -1,7 +1,7 @@
 // A date with the time of day.
 #pragma once
 
-#include "OvObject.h"
+#include "ovCore/OvObject.h"
 #include "OvPlatform.h"
 
 #include <string>

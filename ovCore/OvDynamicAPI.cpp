@@ -1,8 +1,8 @@
-#include "OvDynamicAPI.h"
+#include "ovCore/OvDynamicAPI.h"
 
 #include "Api_Kernel32.h"
-#include "OVOsVersion.h"
-#include "OvStackTrace.h"
+#include "ovCore/OVOsVersion.h"
+#include "ovCore/OvStackTrace.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
-#include "OvDynamicLib.h"
+#include "ovCore/OvDynamicLib.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
-#include "OvSystem.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
+#include "ovCore/OvSystem.h"
 
 namespace
 {

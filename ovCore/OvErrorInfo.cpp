@@ -1,8 +1,8 @@
-#include "OvErrorInfo.h"
+#include "ovCore/OvErrorInfo.h"
 
-#include "OvBstr.h"
-#include "OvCallOut.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvBstr.h"
+#include "ovCore/OvCallOut.h"
+#include "ovCore/OvStringUtil.h"
 
 namespace
 {

@@ -1,8 +1,8 @@
-#include "OvEvidence.h"
+#include "ovCore/OvEvidence.h"
 
-#include "OvErrorInfo.h"
-#include "OvException.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvErrorInfo.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStringUtil.h"
 
 #include <memory>
 

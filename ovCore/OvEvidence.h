@@ -1,7 +1,7 @@
 // Evidence: the named items that an exception or a report is made of.
 #pragma once
 
-#include "OvBstr.h"
+#include "ovCore/OvBstr.h"
 #include "OvPlatform.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "OvException.h"
+#include "ovCore/OvException.h"
 
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
 
 COvException::COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept
     : m_hr(hr), m_nLine(nLine)

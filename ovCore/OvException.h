@@ -1,7 +1,7 @@
 // The one exception type, and the helpers of the places that raise it.
 #pragma once
 
-#include "OvEvidence.h"
+#include "ovCore/OvEvidence.h"
 #include "OvPlatform.h"
 
 #include <exception>

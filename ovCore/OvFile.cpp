@@ -1,7 +1,7 @@
-#include "OvFile.h"
+#include "ovCore/OvFile.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 
 #include <algorithm>
 #include <utility>

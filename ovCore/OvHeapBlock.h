@@ -1,7 +1,7 @@
 // A block of the process heap, and its owner.
 #pragma once
 
-#include "OvException.h"
+#include "ovCore/OvException.h"
 #include "OvPlatform.h"
 
 #include <memory>

@@ -1,12 +1,12 @@
-#include "OvOsProcessApi.h"
+#include "ovCore/OvOsProcessApi.h"
 
-#include "OvException.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OVOsVersion.h"
+#include "ovCore/OvPSProcessApi.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvSysInfoProcessApi.h"
+#include "ovCore/OvToolHelpProcessApi.h"
 #include "OvHandleT.h"
-#include "OVOsVersion.h"
-#include "OvPSProcessApi.h"
-#include "OvStackTrace.h"
-#include "OvSysInfoProcessApi.h"
-#include "OvToolHelpProcessApi.h"
 
 #include <new>
 

@@ -1,8 +1,8 @@
 // How the running processes are listed: one method a generation of the platform, behind one interface.
 #pragma once
 
+#include "ovCore/OvProcesses.h"
 #include "OvPlatform.h"
-#include "OvProcesses.h"
 
 #include <memory>
 

@@ -1,11 +1,11 @@
-#include "OvOsRecord.h"
+#include "ovCore/OvOsRecord.h"
 
-#include "OvDynamicLib.h"
-#include "OvException.h"
-#include "OvFile.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvDynamicLib.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvFile.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvVersionResource.h"
 #include "OvUtf16.h"
-#include "OvVersionResource.h"
 
 #include <cwchar>
 #include <iterator>

@@ -1,8 +1,8 @@
-#include "OvPSProcessApi.h"
+#include "ovCore/OvPSProcessApi.h"
 
-#include "OvException.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 #include "OvHandleT.h"
-#include "OvStackTrace.h"
 
 #include <vector>
 

@@ -1,8 +1,8 @@
 // Listing processes through the process status library (NT-based systems).
 #pragma once
 
-#include "OvDynamicLib.h"
-#include "OvOsProcessApi.h"
+#include "ovCore/OvDynamicLib.h"
+#include "ovCore/OvOsProcessApi.h"
 
 class COvPSProcessApi : public COvOsProcessApi
 {

@@ -1,8 +1,8 @@
-#include "OvProcesses.h"
+#include "ovCore/OvProcesses.h"
 
-#include "OvException.h"
-#include "OvOsProcessApi.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvOsProcessApi.h"
+#include "ovCore/OvStackTrace.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
 // The running processes.
 #pragma once
 
-#include "OVProcessInfo.h"
+#include "ovCore/OVProcessInfo.h"
 
 #include <map>
 #include <memory>

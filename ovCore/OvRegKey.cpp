@@ -1,12 +1,12 @@
-#include "OvRegKey.h"
+#include "ovCore/OvRegKey.h"
 
-#include "OvDynamicAPI.h"
-#include "OvException.h"
-#include "OVOsVersion.h"
-#include "OvProcesses.h"
-#include "OVProcessInfo.h"
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvDynamicAPI.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OVOsVersion.h"
+#include "ovCore/OvProcesses.h"
+#include "ovCore/OVProcessInfo.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
 #include "OvUtf16.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
-#include "OvStackTrace.h"
+#include "ovCore/OvStackTrace.h"
 
-#include "OvStringUtil.h"
+#include "ovCore/OvStringUtil.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
-#include "OvStringUtil.h"
+#include "ovCore/OvStringUtil.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 
 #include <algorithm>
 #include <climits>

@@ -1,7 +1,7 @@
 // String operations that the whole system shares.
 #pragma once
 
-#include "OvBstr.h"
+#include "ovCore/OvBstr.h"
 #include "OvPlatform.h"
 
 #include <string>

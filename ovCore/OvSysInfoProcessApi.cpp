@@ -1,7 +1,7 @@
-#include "OvSysInfoProcessApi.h"
+#include "ovCore/OvSysInfoProcessApi.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 // Listing processes through the system's own list (NT-based systems before Vista, without the debug privilege).
 #pragma once
 
-#include "OvDynamicLib.h"
-#include "OvHeapBlock.h"
-#include "OvOsProcessApi.h"
+#include "ovCore/OvDynamicLib.h"
+#include "ovCore/OvHeapBlock.h"
+#include "ovCore/OvOsProcessApi.h"
 
 class COvSysInfoProcessApi : public COvOsProcessApi
 {

@@ -1,7 +1,7 @@
-#include "OvSystem.h"
+#include "ovCore/OvSystem.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
-#include "OvToolHelpProcessApi.h"
+#include "ovCore/OvToolHelpProcessApi.h"
 
-#include "OvException.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
 #include "OvHandleT.h"
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
 
 namespace
 {

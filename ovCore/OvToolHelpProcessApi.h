@@ -1,8 +1,8 @@
 // Listing processes through snapshots (9x-based systems).
 #pragma once
 
-#include "OvDynamicLib.h"
-#include "OvOsProcessApi.h"
+#include "ovCore/OvDynamicLib.h"
+#include "ovCore/OvOsProcessApi.h"
 
 class COvToolHelpProcessApi : public COvOsProcessApi
 {

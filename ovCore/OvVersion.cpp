@@ -1,7 +1,7 @@
-#include "OvVersion.h"
+#include "ovCore/OvVersion.h"
 
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Version numbers of four parts.
 #pragma once
 
-#include "OvObject.h"
+#include "ovCore/OvObject.h"
 #include "OvPlatform.h"
 
 #include <string>

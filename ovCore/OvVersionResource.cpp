@@ -1,7 +1,7 @@
-#include "OvVersionResource.h"
+#include "ovCore/OvVersionResource.h"
 
-#include "OvFile.h"
-#include "OvVersion.h"
+#include "ovCore/OvFile.h"
+#include "ovCore/OvVersion.h"
 
 namespace
 {

@@ -1,8 +1,8 @@
-#include "OvXmlDocument.h"
+#include "ovCore/OvXmlDocument.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
 #include "OVTemplates.h"
 
 #include <string_view>

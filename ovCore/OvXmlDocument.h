@@ -1,7 +1,7 @@
 // An XML document: creating and loading one, and what is wrong with a text that does not load.
 #pragma once
 
-#include "OvXmlNode.h"
+#include "ovCore/OvXmlNode.h"
 
 #include <string>
 

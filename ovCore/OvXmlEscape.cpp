@@ -1,7 +1,7 @@
-#include "OvXmlEscape.h"
+#include "ovCore/OvXmlEscape.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 #include "OVTemplates.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include "OvXmlEscape.h"
+#include "ovCore/OvXmlEscape.h"
 
-#include "OvXmlPieces.h"
+#include "ovCore/OvXmlPieces.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,10 +1,10 @@
-#include "OvXmlNode.h"
+#include "ovCore/OvXmlNode.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
-#include "OvStringUtil.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
+#include "ovCore/OvStringUtil.h"
+#include "ovCore/OvXmlNodeList.h"
 #include "OVTemplates.h"
-#include "OvXmlNodeList.h"
 
 #include <utility>
 #include <vector>

@@ -1,9 +1,9 @@
 // One node of an XML document, with failures raised as COvException.
 #pragma once
 
-#include "OvBstr.h"
 #include "OvComPtr.h"
-#include "OvEvidence.h"
+#include "ovCore/OvBstr.h"
+#include "ovCore/OvEvidence.h"
 #include "OvPlatform.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "OvXmlNodeList.h"
+#include "ovCore/OvXmlNodeList.h"
 
-#include "OvException.h"
-#include "OvStackTrace.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvStackTrace.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // The nodes that a child or XPath query found.
 #pragma once
 
-#include "OvXmlNode.h"
+#include "ovCore/OvXmlNode.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // What escaping makes of each unit of ASCII, and of sixteen units at a time.
 #pragma once
 
-#include "OvXmlBlocksSse2.h"
+#include "ovCore/OvXmlBlocksSse2.h"
 
 #include <cstddef>
 #include <cstdint>

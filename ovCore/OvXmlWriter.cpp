@@ -1,6 +1,7 @@
 #include "OvXmlWriter.h"
 
-#include "OvException.h"
+#include "ovCore/OvException.h"
+#include "ovCore/OvXmlWriterDocument.h"
 
 namespace
 {
@@ -43,7 +44,8 @@ COvXmlWriter::~COvXmlWriter() = default;
 void COvXmlWriter::WriteStartDocument()
 {
     OV_SCOPE(L"COvXmlWriter::WriteStartDocument");
-    m_pCurrent = m_tree.emplace().Document();
+    m_pDocument = std::make_unique<COvXmlWriterDocument>();
+    m_pCurrent = m_pDocument->Document();
 }
 
 void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wchar_t* tzPiText)
@@ -58,7 +60,7 @@ void COvXmlWriter::WriteProcessingInstruction(const wchar_t* tzPiName, const wch
         Refuse(__LINE__,
                L"Cannot write processing instruction. These must be created at the document level before all elements.",
                COvEvidence(L"tzPiName", tzPiName) + COvEvidence(L"tzPiText", tzPiText));
-    m_tree->Append(m_pCurrent, typePI, tzPiName, tzPiText, false);
+    m_pDocument->Append(m_pCurrent, typePI, tzPiName, tzPiText, false);
 }
 
 void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* prefix)
@@ -71,7 +73,7 @@ void COvXmlWriter::WriteStartElement(const wchar_t* tzElemName, const wchar_t* p
         Refuse(__LINE__,
                L"Cannot open an element. These must be created at the document level or beneath another element.",
                COvEvidence(L"tzElemName", tzElemName));
-    m_pCurrent = m_tree->Append(m_pCurrent, typeElemStart, tzElemName, prefix, false);
+    m_pCurrent = m_pDocument->Append(m_pCurrent, typeElemStart, tzElemName, prefix, false);
 }
 
 void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValue, bool bEscape)
@@ -82,7 +84,7 @@ void COvXmlWriter::WriteNameSpace(const wchar_t* tzPrefix, const wchar_t* tzValu
     if (!IsElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a namespace. Previous node was not an element.",
                COvEvidence(L"tzPrefix", tzPrefix) + COvEvidence(L"tzValue", tzValue));
-    m_tree->Append(m_pCurrent, typeNameSpace, tzPrefix, tzValue, bEscape);
+    m_pDocument->Append(m_pCurrent, typeNameSpace, tzPrefix, tzValue, bEscape);
 }
 
 void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrValue, bool bEscape)
@@ -93,7 +95,7 @@ void COvXmlWriter::WriteAttrW(const wchar_t* tzAttrName, const wchar_t* wzAttrVa
     if (!IsElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add an attribute. Previous node was not an element.",
                COvEvidence(L"tzAttrName", tzAttrName) + COvEvidence(L"wzAttrValue", wzAttrValue));
-    m_tree->Append(m_pCurrent, typeAttr, tzAttrName, wzAttrValue, bEscape);
+    m_pDocument->Append(m_pCurrent, typeAttr, tzAttrName, wzAttrValue, bEscape);
 }
 
 void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
@@ -103,7 +105,7 @@ void COvXmlWriter::WriteStringW(const wchar_t* wzText, bool bEscape)
     if (!IsDocumentOrElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a string. Previous node was not a document or element.",
                COvEvidence(L"wzText", wzText));
-    m_tree->Append(m_pCurrent, typeStr, wzText, nullptr, bEscape);
+    m_pDocument->Append(m_pCurrent, typeStr, wzText, nullptr, bEscape);
 }
 
 void COvXmlWriter::WriteCData(const wchar_t* tzText)
@@ -113,7 +115,7 @@ void COvXmlWriter::WriteCData(const wchar_t* tzText)
     if (!IsDocumentOrElement(m_pCurrent))
         Refuse(__LINE__, L"Cannot add a CData section. Previous node was not a document or element.",
                COvEvidence(L"tzText", tzText));
-    m_tree->Append(m_pCurrent, typeCData, tzText, nullptr, false);
+    m_pDocument->Append(m_pCurrent, typeCData, tzText, nullptr, false);
 }
 
 void COvXmlWriter::WriteEndElement()
@@ -129,7 +131,7 @@ void COvXmlWriter::WriteEndElement()
 std::wstring COvXmlWriter::ToStringW() const
 {
     OV_SCOPE(L"COvXmlWriter::ToStringW");
-    return m_tree ? m_tree->Render() : std::wstring();
+    return m_pDocument != nullptr ? m_pDocument->Render() : std::wstring();
 }
 
 std::wstring COvXmlWriter::ToString() const

@@ -1,7 +1,7 @@
 #include "ovCore/OvCallOut.h"
 
+#include "ovCore/Windows/SeTranslator.h"
 #include "OvPlatform.h"
-#include "SeTranslator.h"
 
 #include <exception>
 

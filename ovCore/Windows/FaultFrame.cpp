@@ -1,4 +1,4 @@
-#include "FaultFrame.h"
+#include "ovCore/Windows/FaultFrame.h"
 
 #include <array>
 #include <cstring>

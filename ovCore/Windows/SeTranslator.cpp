@@ -1,6 +1,6 @@
-#include "SeTranslator.h"
+#include "ovCore/Windows/SeTranslator.h"
 
-#include "FaultFrame.h"
+#include "ovCore/Windows/FaultFrame.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -2,8 +2,8 @@
 // a function may be called with more arguments than it takes.
 #pragma once
 
+#include "OvComPtr.h"
 #include "ovCore/OvBstr.h"
-#include "ovCore/OvComPtr.h"
 #include "OvPlatform.h"
 
 #include <cstring>

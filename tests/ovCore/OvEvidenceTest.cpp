@@ -1,6 +1,6 @@
 #include "ovCore/OvEvidence.h"
 
-#include "ovCore/OvComPtr.h"
+#include "OvComPtr.h"
 #include "ovCore/OvErrorInfo.h"
 #include "ovCore/OvException.h"
 

@@ -2,7 +2,7 @@
 #include "ovCore/OVOsVersion.h"
 
 #include "ovCore/OvDynamicAPI.h"
-#include "ovCore/OvUtf16.h"
+#include "OvUtf16.h"
 #include "Platform/Control.h"
 #include "Raised.h"
 #include "ScratchRegistry.h"

@@ -1,8 +1,8 @@
 // Documents, nodes and their outlines for the tests of the DOM.
 #pragma once
 
+#include "OvComPtr.h"
 #include "ovCore/OvBstr.h"
-#include "ovCore/OvComPtr.h"
 #include "OvPlatform.h"
 #include "Wine.h"
 

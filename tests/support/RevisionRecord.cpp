@@ -1,7 +1,7 @@
 #include "RevisionRecord.h"
 
-#include "ovCore/OvUtf16.h"
 #include "OvPlatform.h"
+#include "OvUtf16.h"
 
 #include <gtest/gtest.h>
 

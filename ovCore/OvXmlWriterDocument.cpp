@@ -1,7 +1,7 @@
-#include "OvXmlWriterNode.h"
+#include "ovCore/OvXmlWriterDocument.h"
 
-#include "OvXmlEscape.h"
-#include "OvXmlPieces.h"
+#include "ovCore/OvXmlEscape.h"
+#include "ovCore/OvXmlPieces.h"
 
 #include <algorithm>
 #include <cstring>
@@ -212,8 +212,8 @@ wchar_t* PutEnd(wchar_t* p, const COvXmlWriterNode& node)
 
 } // namespace
 
-COvXmlWriterNode* COvXmlWriterTree::Append(COvXmlWriterNode* pParent, COvXmlWriterNodeType nType, const wchar_t* sz0,
-                                           const wchar_t* sz1, bool bEscape)
+COvXmlWriterNode* COvXmlWriterDocument::Append(COvXmlWriterNode* pParent, COvXmlWriterNodeType nType,
+                                               const wchar_t* sz0, const wchar_t* sz1, bool bEscape)
 {
     EndElementsIn(pParent);
     if (nType == typeElemStart)
@@ -237,8 +237,8 @@ COvXmlWriterNode* COvXmlWriterTree::Append(COvXmlWriterNode* pParent, COvXmlWrit
     return nullptr;
 }
 
-void COvXmlWriterTree::AppendText(COvXmlWriterNode& parent, COvXmlWriterNodeType nType, const wchar_t* sz0,
-                                  const wchar_t* sz1, bool bEscape)
+void COvXmlWriterDocument::AppendText(COvXmlWriterNode& parent, COvXmlWriterNodeType nType, const wchar_t* sz0,
+                                      const wchar_t* sz1, bool bEscape)
 {
     const CPlainNode node(nType, sz0, sz1, bEscape);
     const bool bAttribute = StandsInStartTag(nType);
@@ -253,8 +253,8 @@ void COvXmlWriterTree::AppendText(COvXmlWriterNode& parent, COvXmlWriterNodeType
     m_pEnd = node.Write(p);
 }
 
-COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName,
-                                                  const wchar_t* szPrefix)
+COvXmlWriterNode* COvXmlWriterDocument::AppendElement(COvXmlWriterNode* pParent, const wchar_t* szName,
+                                                      const wchar_t* szPrefix)
 {
     const std::wstring_view name = ViewOf(szName);
     const std::wstring_view prefix = ViewOf(szPrefix);
@@ -276,7 +276,7 @@ COvXmlWriterNode* COvXmlWriterTree::AppendElement(COvXmlWriterNode* pParent, con
 }
 
 /// An element's node to be filled. When that fails nothing is changed.
-COvXmlWriterNode& COvXmlWriterTree::SpareElement()
+COvXmlWriterNode& COvXmlWriterDocument::SpareElement()
 {
     if (m_pSpare != nullptr)
     {
@@ -289,7 +289,7 @@ COvXmlWriterNode& COvXmlWriterTree::SpareElement()
     return *m_moreElements.emplace_back(std::make_unique<COvXmlWriterNode>());
 }
 
-void COvXmlWriterTree::EndElementsIn(const COvXmlWriterNode* pParent)
+void COvXmlWriterDocument::EndElementsIn(const COvXmlWriterNode* pParent)
 {
     while (m_pLast != pParent)
     {
@@ -301,7 +301,7 @@ void COvXmlWriterTree::EndElementsIn(const COvXmlWriterNode* pParent)
     }
 }
 
-wchar_t* COvXmlWriterTree::EndStartTag(wchar_t* p, COvXmlWriterNode& node) const
+wchar_t* COvXmlWriterDocument::EndStartTag(wchar_t* p, COvXmlWriterNode& node) const
 {
     if (!node.bInStartTag)
         return p;
@@ -310,7 +310,7 @@ wchar_t* COvXmlWriterTree::EndStartTag(wchar_t* p, COvXmlWriterNode& node) const
     return Put(p, START_TAG_END);
 }
 
-std::wstring COvXmlWriterTree::Render() const
+std::wstring COvXmlWriterDocument::Render() const
 {
     const uint64_t nLength = RenderedLength();
     std::wstring result;
@@ -340,7 +340,7 @@ std::wstring COvXmlWriterTree::Render() const
     return result;
 }
 
-uint64_t COvXmlWriterTree::RenderedLength() const
+uint64_t COvXmlWriterDocument::RenderedLength() const
 {
     uint64_t nLength = m_nFull + static_cast<size_t>(m_pEnd - m_pBlock);
     for (const auto& late : m_lateAttributes)
@@ -351,14 +351,14 @@ uint64_t COvXmlWriterTree::RenderedLength() const
 }
 
 /// Room in one piece at the end of the text. It counts for nothing until m_pEnd is moved.
-wchar_t* COvXmlWriterTree::Room(uint64_t nUnits)
+wchar_t* COvXmlWriterDocument::Room(uint64_t nUnits)
 {
     if (nUnits > static_cast<uint64_t>(RoomLeft()))
         AddBlock(nUnits);
     return m_pEnd;
 }
 
-void COvXmlWriterTree::AddBlock(uint64_t nUnits)
+void COvXmlWriterDocument::AddBlock(uint64_t nUnits)
 {
     const uint64_t nSize = std::max<uint64_t>(nUnits, std::clamp(m_nBlockSize * 2, FIRST_BLOCK, MAX_BLOCK));
     if (nSize > static_cast<size_t>(-1) / sizeof(wchar_t))

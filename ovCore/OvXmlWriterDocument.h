@@ -38,15 +38,15 @@ struct COvXmlWriterNode
 /// A document with all nodes in it, kept as the text that it is rendered to. The text is written once, in the order of
 /// the nodes, into a few blocks of memory; what belongs into a start tag that has been ended is kept beside it.
 /// One thread at a time.
-class COvXmlWriterTree
+class COvXmlWriterDocument
 {
 public:
     /// An empty document.
-    COvXmlWriterTree() {} // leaves the memory for nodes and text as it is
+    COvXmlWriterDocument() {} // leaves the memory for nodes and text as it is
 
-    COvXmlWriterTree(const COvXmlWriterTree&) = delete;
-    COvXmlWriterTree& operator=(const COvXmlWriterTree&) = delete;
-    ~COvXmlWriterTree() = default;
+    COvXmlWriterDocument(const COvXmlWriterDocument&) = delete;
+    COvXmlWriterDocument& operator=(const COvXmlWriterDocument&) = delete;
+    ~COvXmlWriterDocument() = default;
 
     /// The document node.
     COvXmlWriterNode* Document() { return &m_document; }
