@@ -60,10 +60,12 @@ public:
         CloseHeld();
     }
 
-    /// Closes the handle held before and takes h over.
+    /// Closes the handle held before and takes h over; its own one it keeps.
     virtual void Set(const T& h)
     {
         OV_SCOPE(L"COvHandleT<void *,class CHandleInfoT<void *> >::Set");
+        if (h == m_h) // which may be the very same variable
+            return;
         Close();
         m_h = h;
     }
@@ -78,11 +80,14 @@ public:
     /// Whether the handle differs from INVALID_HANDLE_VALUE; an empty object counts as valid.
     virtual bool IsValid() const { return m_h != TInfo::Invalid(); }
 
-    /// Closes the handle held before and owns a duplicate of source, with the same access, not inheritable.
+    /// Closes the handle held before and owns a duplicate of source, with the same access, not inheritable; its own one
+    /// it keeps.
     /// Raises COvException E_FAIL with the Win32 error; the object is then empty.
     void Duplicate(const T& source)
     {
         OV_SCOPE(L"COvHandleT<void *,class CHandleInfoT<void *> >::Duplicate");
+        if (source == m_h && m_h != TInfo::Empty())
+            return;
         Close();
         if (::DuplicateHandle(::GetCurrentProcess(), source, ::GetCurrentProcess(), &m_h, 0, FALSE,
                               DUPLICATE_SAME_ACCESS))

@@ -69,9 +69,12 @@ void CPatchTrace::WriteBuilt(int nKind, Build&& build) noexcept
 void CPatchTrace::Exception(const COvBaseException& e) noexcept
 {
     WriteBuilt(TraceError, [&] {
-        return L"Error: " + COvStringUtil::LongToString(e.GetCode(), 16) + L" File: " + TextOrEmpty(e.GetFile()) +
-               L" Line: " + COvStringUtil::LongToString(e.GetLine(), 10) + L" Evidence: " +
-               TextOrEmpty(e.GetEvidence(L" "));
+        std::wstring text = L"Error: " + COvStringUtil::LongToString(e.GetCode(), 16) + L" File: " +
+                            TextOrEmpty(e.GetFile()) + L" Line: " + COvStringUtil::LongToString(e.GetLine(), 10) +
+                            L" Evidence: ";
+        if (const wchar_t* const szEvidence = e.GetEvidence(L" "))
+            text += szEvidence; // which can be a whole document
+        return text;
     });
 }
 

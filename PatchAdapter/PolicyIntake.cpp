@@ -8,6 +8,8 @@
 #include "PatchAdapter/PatchAdapter.h"
 #include "PatchAdapter/PolicyXml.h"
 
+#include <cstring>
+
 namespace
 {
 
@@ -26,6 +28,18 @@ constexpr bool s_bPreserveWhitespace = true;
                        finding + COvEvidence(L"strXML", strXML) + FunctionName(s_szLoadConfiguration));
 }
 
+// Before the text is traced, widened or parsed, each of which needs memory for several copies of it.
+void RefuseTooLarge(const char* pszConfiguration)
+{
+    const size_t nBytes = pszConfiguration != nullptr ? std::strlen(pszConfiguration) : 0;
+    if (nBytes <= PATCHADAPTER_MAX_POLICY_BYTES)
+        return;
+    throw COvException(E_FAIL, s_szSource, __LINE__,
+                       InfoMsg(L"The received xml is too large") + COvEvidence(L"nBytes", static_cast<DWORD>(nBytes)) +
+                           COvEvidence(L"nMaxBytes", DWORD{ PATCHADAPTER_MAX_POLICY_BYTES }) +
+                           FunctionName(s_szSetConfiguration));
+}
+
 } // namespace
 
 void CPatchAdapter::SetConfiguration(const char* pszConfiguration)
@@ -33,6 +47,7 @@ void CPatchAdapter::SetConfiguration(const char* pszConfiguration)
     const CPatchTraceScope scope(&m_Trace, s_szSetConfiguration);
     GuardBoundary(m_Trace, s_szSource, __LINE__, s_szSetConfiguration, [&] {
         m_Trace.Info(L"Received configuration");
+        RefuseTooLarge(pszConfiguration);
         m_Trace.Detail(L"Configuration", pszConfiguration);
         LoadConfigurationXML(COvStringUtil::NarrowToWide(pszConfiguration));
         ProcessConfiguration();

@@ -1,4 +1,4 @@
-#include "Api_Version.h"
+#include "ovCore/Api_Version.h"
 
 template <class Function>
 Function* CApi_Version::FindOpt(const wchar_t* szFunction)

@@ -1,7 +1,7 @@
 // The system's functions for version resources.
 #pragma once
 
-#include "OvDynamicLib.h"
+#include "ovCore/OvDynamicLib.h"
 #include "OvPlatform.h"
 
 /// The system's library of that name, from the system's folder: programs may have one of the same name beside them,

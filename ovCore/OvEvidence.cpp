@@ -118,7 +118,7 @@ void COvEvidence::Set(const wchar_t* szName, Build&& value) noexcept
 
 COvEvidence::COvEvidence(const wchar_t* szName, const wchar_t* szValue) noexcept
 {
-    Set(szName, [&] { return TextOrNull(szValue); });
+    Set(szName, [&] { return szValue != nullptr ? szValue : L"<null>"; });
 }
 
 COvEvidence::COvEvidence(const wchar_t* szName, const std::wstring& strValue) noexcept
@@ -195,12 +195,18 @@ const wchar_t* COvEvidence::ToString(const wchar_t* szSeparator) const
     return m_rendered.c_str();
 }
 
-COvEvidence COvEvidence::operator+(const COvEvidence& other) const noexcept
+COvEvidence COvEvidence::operator+(const COvEvidence& other) const& noexcept
 {
     COvEvidence sum;
     sum = *this;
     sum.Append(other);
     return sum;
+}
+
+COvEvidence COvEvidence::operator+(const COvEvidence& other) && noexcept
+{
+    Append(other);
+    return std::move(*this);
 }
 
 COvEvidence& COvEvidence::operator+=(const COvEvidence& other) noexcept

@@ -100,7 +100,10 @@ public:
     const wchar_t* ToString(const wchar_t* szSeparator) const;
 
     /// This text, then, when the other is not empty, a break mark and the other's text.
-    COvEvidence operator+(const COvEvidence& other) const noexcept;
+    COvEvidence operator+(const COvEvidence& other) const& noexcept;
+
+    /// The same for a temporary, whose text is not copied.
+    COvEvidence operator+(const COvEvidence& other) && noexcept;
 
     /// Appends as operator+ does: an empty item becomes the other's text with a break mark in front.
     COvEvidence& operator+=(const COvEvidence& other) noexcept;

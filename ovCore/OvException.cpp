@@ -3,14 +3,15 @@
 #include "ovCore/OvStackTrace.h"
 #include "ovCore/OvStringUtil.h"
 
-COvException::COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept
-    : m_hr(hr), m_nLine(nLine)
+/// Stores the file's name and the evidence; without memory the exception says no more than that it is one.
+template <class Take>
+void COvException::Fill(const wchar_t* szFile, Take&& takeEvidence) noexcept
 {
     try
     {
         if (szFile != nullptr)
             m_strFile = COvStringUtil::FileNameOf(szFile);
-        m_Evidence = COvEvidence(evidence); // the copy may throw, which a plain assignment would hide
+        takeEvidence();
     }
     catch (...)
     {
@@ -19,6 +20,18 @@ COvException::COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine,
         m_nLine = 0;
         m_Evidence = COvEvidence();
     }
+}
+
+COvException::COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, COvEvidence&& evidence) noexcept
+    : m_hr(hr), m_nLine(nLine)
+{
+    Fill(szFile, [&] { m_Evidence = std::move(evidence); });
+}
+
+COvException::COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept
+    : m_hr(hr), m_nLine(nLine)
+{
+    Fill(szFile, [&] { m_Evidence = COvEvidence(evidence); }); // the copy may throw, a plain assignment would hide it
 }
 
 void COvException::AddInfo(const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept

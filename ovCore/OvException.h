@@ -47,6 +47,9 @@ public:
     /// @param szFile  a source path; what follows its last backslash is kept; null gives an empty name.
     COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, const COvEvidence& evidence) noexcept;
 
+    /// The same, with evidence whose text need not be copied.
+    COvException(const HRESULT& hr, const wchar_t* szFile, LONG nLine, COvEvidence&& evidence) noexcept;
+
     HRESULT GetCode() const override { return m_hr; }
     LONG GetLine() const override { return m_nLine; }
     const wchar_t* GetEvidence(const wchar_t* szSeparator) const override { return m_Evidence.ToString(szSeparator); }
@@ -58,6 +61,9 @@ public:
     void WriteDebug() const noexcept override;
 
 private:
+    template <class Take>
+    void Fill(const wchar_t* szFile, Take&& takeEvidence) noexcept;
+
     HRESULT m_hr;
     std::wstring m_strFile;
     LONG m_nLine;

@@ -1,7 +1,7 @@
 // Reads the version resource of a file.
 #pragma once
 
-#include "Api_Version.h"
+#include "ovCore/Api_Version.h"
 #include "OvPlatform.h"
 #include "OVTemplates.h"
 

@@ -19,24 +19,6 @@ size_t LengthOf(std::wstring_view text)
     return EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
 }
 
-/// Copies a text piece by piece, each looked through just before, so that a long one goes through the cache once.
-/// @return where there is something to escape, after which the copy is of no use; the text's length if there is
-/// nothing.
-size_t CopyWhileClean(std::wstring_view text, std::wstring& strCopy)
-{
-    constexpr size_t PIECE = 4096;
-    for (size_t nDone = 0; nDone < text.size(); nDone += PIECE)
-    {
-        const std::wstring_view piece = text.substr(nDone, PIECE);
-        const size_t nClean = CleanUnits(piece.data(), piece.size());
-        if (nClean != piece.size())
-            return nDone + nClean;
-        strCopy.reserve(text.size());
-        strCopy.append(piece);
-    }
-    return text.size();
-}
-
 /// The least factor that does for the text.
 size_t FactorFor(std::wstring_view text)
 {
@@ -80,11 +62,9 @@ std::wstring COvXmlEscape::Escape(const std::wstring& strToEncode)
     OV_SCOPE(L"COvXmlEscape::Escape");
     try
     {
-        std::wstring strClean;
-        const size_t nDirty = CopyWhileClean(strToEncode, strClean);
+        const size_t nDirty = CleanUnits(strToEncode.data(), strToEncode.size());
         if (nDirty == strToEncode.size())
-            return strClean;
-        strClean = std::wstring(); // gives the memory back
+            return strToEncode;
         return EscapeInAttempts(strToEncode, FirstFactor(strToEncode, nDirty));
     }
     catch (const COvBaseException&)
@@ -93,13 +73,12 @@ std::wstring COvXmlEscape::Escape(const std::wstring& strToEncode)
     }
     catch (...)
     {
-        RaiseNotEscaped(strToEncode);
+        RaiseNotEscaped(COvEvidence(L"strToEncode", strToEncode));
     }
 }
 
-void COvXmlEscape::RaiseNotEscaped(const std::wstring& strToEncode)
+void COvXmlEscape::RaiseNotEscaped(const COvEvidence& input)
 {
     OvRaise(E_FAIL, s_szSource, __LINE__,
-            COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Method", L"EscapeXML") +
-                COvEvidence(L"strToEncode", strToEncode));
+            COvEvidence(L"Msg", L"A Win32 API call failed.") + COvEvidence(L"Method", L"EscapeXML") + input);
 }

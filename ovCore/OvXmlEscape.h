@@ -1,6 +1,7 @@
 // Escaping of texts for XML attribute values and element content.
 #pragma once
 
+#include "ovCore/OvEvidence.h"
 #include "OvPlatform.h"
 
 #include <cstddef>
@@ -32,6 +33,7 @@ public:
     /// Raises COvException E_FAIL when there is not enough memory; the input stands in its evidence.
     static std::wstring Escape(const std::wstring& strToEncode);
 
-    /// Raises what Escape does without memory, for whoever escapes into memory of his own.
-    [[noreturn]] static void RaiseNotEscaped(const std::wstring& strToEncode);
+    /// Raises what Escape does without memory, for the writer, which needs memory for the result too.
+    /// @param input  the item "strToEncode". Making it needs no memory to succeed: this is called in handlers.
+    [[noreturn]] static void RaiseNotEscaped(const COvEvidence& input);
 };

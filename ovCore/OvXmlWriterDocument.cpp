@@ -12,8 +12,6 @@ namespace
 {
 
 constexpr size_t MAX_BLOCK = 64 * 1024; // units
-constexpr size_t SHORT_VALUE = 64;      // units; of a longer one the escaped length is found out before room is made
-constexpr size_t MAX_ESCAPED = REFERENCE_LENGTH; // units that one unit can become
 
 bool StandsInStartTag(COvXmlWriterNodeType nType)
 {
@@ -71,20 +69,6 @@ inline wchar_t* Put(wchar_t* p, std::wstring_view text)
     return p + n;
 }
 
-/// Copies a text if there is nothing in it to escape. @param p  has room for the text and a block more.
-/// @return the end; null when it must be escaped.
-inline wchar_t* PutIfClean(wchar_t* p, std::wstring_view text)
-{
-    static constexpr std::wstring_view BLANKS = L"                ";
-    static_assert(BLANKS.size() == UNITS_IN_BLOCK);
-    wchar_t* const pEnd = Put(p, text);
-    std::memcpy(pEnd, BLANKS.data(), BLANKS.size() * sizeof(wchar_t)); // so that the last block is a whole one
-    for (; p < pEnd; p += UNITS_IN_BLOCK)
-        if (BlockLength(p, PIECES_WITH_QUOTES) != UNITS_IN_BLOCK)
-            return nullptr;
-    return pEnd;
-}
-
 constexpr ptrdiff_t QUICK_UNITS = 96; // of an attribute; of a longer one the lengths are worth finding out first
 
 /// Copies units up to the text's zero. @return the end; null when another unit is not plain or would be at pLimit or
@@ -120,36 +104,26 @@ inline wchar_t* PutQuickly(wchar_t* p, const wchar_t* szName, const wchar_t* szV
     return p;
 }
 
-/// A value, as it will be rendered.
+/// A value, as it will be rendered: escaped where it is to be and holds something to escape.
 class CValue
 {
 public:
-    CValue(std::wstring_view text, bool bEscape) : m_text(text), m_bEscape(bEscape), m_nMost(text.size())
+    CValue(std::wstring_view text, bool bEscape) : m_text(text)
     {
-        m_bShort = text.size() <= SHORT_VALUE;
-        if (bEscape && m_bShort)
-            m_nMost = std::max<size_t>(text.size() * MAX_ESCAPED, text.size() + UNITS_IN_BLOCK);
-        else if (bEscape)
-            m_nMost = EscapeXML(text.data(), text.size(), nullptr, 0, ESCAPE_ATTRIBUTE);
+        if (!bEscape || CleanUnits(text.data(), text.size()) == text.size())
+            return;
+        m_strEscaped = COvXmlEscape::Escape(std::wstring(text));
+        m_text = m_strEscaped;
     }
 
-    /// The units that it takes at most.
-    uint64_t Most() const { return m_nMost; }
+    CValue(const CValue&) = delete;
+    CValue& operator=(const CValue&) = delete;
 
-    /// @param p  has room for Most(). @return the end.
-    wchar_t* Write(wchar_t* p) const
-    {
-        if (!m_bEscape)
-            return Put(p, m_text);
-        wchar_t* const pEnd = m_bShort ? PutIfClean(p, m_text) : nullptr;
-        return pEnd != nullptr ? pEnd : p + EscapeXML(m_text.data(), m_text.size(), p, m_nMost, ESCAPE_ATTRIBUTE);
-    }
+    std::wstring_view Text() const { return m_text; }
 
 private:
+    std::wstring m_strEscaped; // empty while the text stays as it is
     std::wstring_view m_text;
-    bool m_bEscape;
-    bool m_bShort;
-    size_t m_nMost;
 };
 
 /// A node other than the document and elements: its text and the room that it takes.
@@ -165,13 +139,14 @@ public:
 
     uint64_t Most() const
     {
-        return m_marks.before.size() + m_name.size() + m_marks.between.size() + m_value.Most() + m_marks.after.size();
+        return m_marks.before.size() + m_name.size() + m_marks.between.size() + m_value.Text().size() +
+               m_marks.after.size();
     }
 
     wchar_t* Write(wchar_t* p) const
     {
         p = Put(Put(Put(p, m_marks.before), m_name), m_marks.between);
-        return Put(m_value.Write(p), m_marks.after);
+        return Put(Put(p, m_value.Text()), m_marks.after);
     }
 
     std::wstring Text() const
@@ -231,7 +206,7 @@ COvXmlWriterNode* COvXmlWriterDocument::Append(COvXmlWriterNode* pParent, COvXml
     catch (const std::bad_alloc&)
     {
         if (bEscape)
-            COvXmlEscape::RaiseNotEscaped(sz1 != nullptr ? sz1 : sz0);
+            COvXmlEscape::RaiseNotEscaped(COvEvidence(L"strToEncode", sz1 != nullptr ? sz1 : sz0));
         throw;
     }
     return nullptr;

@@ -82,4 +82,9 @@ TEST_F(Limits, AHugePolicyIsAppliedOrRefusedWithALine)
         EXPECT_NE(bApplied, bRefused) << transcript.substr(0, 200);
         EXPECT_TRUE(bApplied || !row.bMustApply);
     }
+    m_sink.Clear();
+    Adapter().SetConfiguration(std::string(64u << 20, ' ').c_str());
+    EXPECT_NE(std::string::npos,
+              m_sink.OfThread().find("Evidence: Info Msg: The received xml is too large nBytes: 67108864 nMaxBytes: "
+                                     "16777216 Function: CPatchAdapter::SetConfiguration\n"));
 }

@@ -61,7 +61,9 @@ TEST(OvHandle, IsNeverOwnedByTwo)
     moved.Set(INVALID_HANDLE_VALUE);
     EXPECT_FALSE(moved.IsValid());
     moved.Set(hEvent);
-    EXPECT_TRUE(IsOpen(hEvent));
+    moved.Set(moved.Get());
+    moved.Duplicate(moved.Get());
+    EXPECT_TRUE(IsOpen(hEvent) && moved.Get() == hEvent);
     COvHandle source(reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0x0BADBAD0)));
     handle.Set(NewHandle());
     EXPECT_EQ(L"0x80004005 OvHandleT | Method: DuplicateHandle | " +

@@ -38,6 +38,15 @@ TEST(OvXmlEscape, AgreesWithThePlainWayForAnyText)
             if (random() % (nText % 5 * 8 + 1) == 0) // from all of them special to a few
                 unit = strUnits[random() % strUnits.size()];
         ASSERT_EQ(PlainEscape(strText), COvXmlEscape::Escape(strText)) << nText;
+        for (const size_t nRoom : { PlainEscape(strText).size(), PlainEscape(strText).size() + 1 })
+        {
+            constexpr size_t GUARD = 64; // units, natively; the address sanitizer looks at the exact buffer
+            std::wstring strGuarded(nRoom + GUARD, L'\x2020');
+            std::vector<wchar_t> exact(nRoom);
+            EscapeXML(strText.data(), strText.size(), strGuarded.data(), nRoom, ESCAPE_ATTRIBUTE);
+            EscapeXML(strText.data(), strText.size(), exact.data(), nRoom, ESCAPE_ATTRIBUTE);
+            ASSERT_EQ(std::wstring(GUARD, L'\x2020'), strGuarded.substr(nRoom)) << nText;
+        }
         std::wstring strRoom(strText.size() * 8, L'\0');
         strRoom.resize(EscapeXML(strText.data(), strText.size(), strRoom.data(), strRoom.size(), 0));
         ASSERT_EQ(PlainEscape(strText, false), strRoom) << nText;
