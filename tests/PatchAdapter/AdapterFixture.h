@@ -3,11 +3,10 @@
 
 #include "AgentSimulator/AgentSimulator.h"
 #include "ComApartment.h"
-#include "FastPauses.h"
 #include "PatchAdapter/PatchAdapter.h"
 #include "Recording.h"
 #include "RevisionRecord.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

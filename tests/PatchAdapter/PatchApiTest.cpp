@@ -58,34 +58,6 @@ TEST_F(PatchApi, WithoutAnApartmentNothingIsReached)
     EXPECT_EQ(2u, m_sink.Count());
 }
 
-TEST_F(PatchApi, EachUseCreatesOneObjectAndReleasesIt)
-{
-    const CComApartment apartment;
-    ASSERT_TRUE(m_agent.PublishClass());
-    for (unsigned nUses = 1; nUses <= 2; ++nUses)
-    {
-        CPatchApi api(&m_trace);
-        for (int i = 0; i < 3; ++i)
-            EXPECT_TRUE(api.Connect());
-        EXPECT_EQ(1u, m_agent.GetLiveObjects());
-        EXPECT_EQ(2 * nUses, m_agent.GetCalls().size()); // creation and query
-    }
-    m_agent.WithdrawClass();
-}
-
-TEST_F(PatchApi, SettingsArriveWhole)
-{
-    const CComApartment apartment;
-    ASSERT_TRUE(m_agent.PublishClass());
-    for (const std::wstring& text :
-         { std::wstring(), std::wstring(1000000, L'x'), std::wstring(L"a\0\xD83D\xDE00", 4) })
-    {
-        EXPECT_TRUE(CPatchApi(&m_trace).SetPolicySettings(text));
-        EXPECT_TRUE(m_agent.GetReceivedSettings().back() == text) << text.size();
-    }
-    m_agent.WithdrawClass();
-}
-
 TEST_F(PatchApi, AnyExceptionInsideIsReportedWithoutItsOwnEvidence)
 {
     const CComApartment apartment;

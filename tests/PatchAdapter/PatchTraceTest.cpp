@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <stdexcept>
 
 TEST(PatchTrace, EachKindOfLineReachesItsOperation)
 {
@@ -63,46 +62,4 @@ TEST(PatchTrace, UnboundItBuildsNothing)
     trace.SetSink(nullptr);
     writeAll();
     EXPECT_EQ(5u, sink.Count());
-}
-
-TEST(PatchTrace, AScopeWritesItsExitLastWhenAnExceptionLeavesItToo)
-{
-    CRecordingSink sink;
-    CPatchTrace trace;
-    trace.SetSink(&sink);
-    try
-    {
-        const CPatchTraceScope scope(&trace, L"outer");
-        const CPatchTraceScope inner(&trace, L"inner");
-        trace.Info(COvEvidence(L"Info Msg", L"x"));
-        throw std::runtime_error("");
-    }
-    catch (const std::exception&)
-    {
-        trace.Warning(COvEvidence(L"Info Msg", L"caught"));
-    }
-    EXPECT_EQ("4 Entering Function: outer\n"
-              "4 Entering Function: inner\n"
-              "2 Info Msg: x\n"
-              "4 Exiting Function: inner\n"
-              "4 Exiting Function: outer\n"
-              "1 Info Msg: caught\n",
-              sink.OfThread());
-}
-
-TEST(PatchTrace, WithoutMemoryALineIsLostAndNothingElse)
-{
-    CRecordingSink sink;
-    CPatchTrace trace;
-    trace.SetSink(&sink);
-    const COvException e(E_FAIL, L"f", 1, COvEvidence(L"a", std::wstring(100, L'x')) + COvEvidence(L"b", 1));
-    bool bReached = true;
-    for (unsigned nFail = 1; bReached; ++nFail)
-    {
-        const CFailingNew failing(nFail);
-        trace.Exception(e);
-        const CPatchTraceScope scope(&trace, L"CPatchAdapter::ANameThatIsTooLongToBeHeldInside");
-        trace.Detail(COvEvidence(L"a", L"b"));
-        bReached = failing.Reached();
-    }
 }

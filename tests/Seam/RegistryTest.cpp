@@ -1,6 +1,6 @@
 // Keys and values, as the platform has them.
-#include "ScratchRegistry.h"
 #include "TestData.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,8 @@
 // The destructors through their one slot, which takes a flag word and returns the object's address.
-#include "FastPauses.h"
 #include "ImportTable.h"
 #include "LoadedLibrary.h"
 #include "RawSlots.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -24,13 +24,6 @@ enum : unsigned
     SlotDeRegisterStateObserver,
     SlotGetConfiguration,
     SlotSetConfiguration,
-    SlotRegisterEventObserver,
-    SlotDeRegisterEventObserver,
-    SlotRegisterConfigStateObserver,
-    SlotDeRegisterConfigStateObserver,
-    SlotDoAction,
-    SlotRegisterActionOutcomeObserver,
-    SlotDeRegisterActionOutcomeObserver,
-    SlotSetFeature,
-    SlotAdapterDestructor
+    SlotDoAction = 9,
+    SlotAdapterDestructor = 13
 };

@@ -1,8 +1,8 @@
 // The interfaces as a host of another compiler sees them: tables of functions, called by their place in the table.
 #include "RawSlots.h"
-#include "FastPauses.h"
 #include "LoadedLibrary.h"
-#include "ScratchRegistry.h"
+#include "Operations.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 
@@ -93,28 +93,13 @@ protected:
 
 TEST_F(RawSlots, EachSlotReachesItsOperation)
 {
-    const struct
+    for (unsigned n = FIRST_UNIMPLEMENTED; n < std::size(OPERATIONS); ++n)
     {
-        unsigned nSlot;
-        const char* szName;
-        bool bTwoArguments;
-    } rows[] = {
-        { SlotRegisterEventObserver, "RegisterEventObserver", false },
-        { SlotDeRegisterEventObserver, "DeRegisterEventObserver", false },
-        { SlotRegisterConfigStateObserver, "RegisterConfigStateObserver", false },
-        { SlotDeRegisterConfigStateObserver, "DeRegisterConfigStateObserver", false },
-        { SlotDoAction, "DoAction", true },
-        { SlotRegisterActionOutcomeObserver, "RegisterActionOutcomeObserver", false },
-        { SlotDeRegisterActionOutcomeObserver, "DeRegisterActionOutcomeObserver", false },
-        { SlotSetFeature, "SetFeature", false },
-    };
-    for (const auto& row : rows)
-    {
-        if (row.bTwoArguments)
-            CallSlot<void, void*, void*>(m_pAdapter, row.nSlot, this, this);
+        if (n == SlotDoAction)
+            CallSlot<void, void*, void*>(m_pAdapter, n, this, this);
         else
-            CallSlot<void, void*>(m_pAdapter, row.nSlot, this);
-        const std::string name = std::string("CPatchAdapter::") + row.szName;
+            CallSlot<void, void*>(m_pAdapter, n, this);
+        const std::string name = std::string("CPatchAdapter::") + OPERATIONS[n].szName;
         EXPECT_EQ((std::vector<std::string>{
                       "4PatchAdapter: %sEntering Function: " + name,
                       "3PatchAdapter: %sFunction: " + name + " Info Msg: Not implemented for PatchAdapter",

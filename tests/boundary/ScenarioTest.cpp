@@ -3,12 +3,12 @@
 // target with OV_RECORD_SCENARIO set and read what has changed.
 #include "AgentSimulator/AgentSimulator.h"
 #include "ComApartment.h"
-#include "FastPauses.h"
 #include "HostThrow.h"
 #include "LoadedLibrary.h"
+#include "Operations.h"
 #include "Recording.h"
 #include "RevisionRecord.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 #include "Transcript.h"
 
 #include <gtest/gtest.h>
@@ -161,16 +161,7 @@ void Scenario::WithoutTheService()
 {
     ReportStatus("status without the service");
     Step("the configuration", [&] { m_pAdapter->GetConfiguration(&m_first); });
-    Step("what is not implemented", [&] {
-        m_pAdapter->RegisterEventObserver(this);
-        m_pAdapter->DeRegisterEventObserver(nullptr);
-        m_pAdapter->RegisterConfigStateObserver(this);
-        m_pAdapter->DeRegisterConfigStateObserver(nullptr);
-        m_pAdapter->DoAction(this, nullptr);
-        m_pAdapter->RegisterActionOutcomeObserver(this);
-        m_pAdapter->DeRegisterActionOutcomeObserver(nullptr);
-        m_pAdapter->SetFeature(this);
-    });
+    Step("what is not implemented", [&] { CallUnimplemented(*m_pAdapter, this); });
     Step("null callbacks", [&] {
         m_pAdapter->RegisterStateObserver(nullptr);
         m_pAdapter->GetStatus(nullptr);

@@ -5,49 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <utility>
-
-static const void* s_pWatched = nullptr; // a block whose contents are kept when it is freed
-static size_t s_nWatched = 0;
-static std::string s_strFreed;
-
-// Not inlined: GCC would warn of a block of new[] that free() gets.
-[[gnu::noinline]] void* operator new[](size_t nBytes)
-{
-    void* const p = std::malloc(nBytes);
-    if (p == nullptr)
-        throw std::bad_alloc();
-    return std::memset(p, 0xCD, nBytes);
-}
-
-[[gnu::noinline]] void operator delete[](void* p) noexcept
-{
-    if (p != nullptr && p == s_pWatched)
-        s_strFreed.assign(static_cast<const char*>(p), s_nWatched);
-    std::free(p);
-}
-
-[[gnu::noinline]] void operator delete[](void* p, size_t) noexcept
-{
-    operator delete[](p);
-}
-
-TEST(OvBuffer, WipesBeforeUseAndBeforeItIsFreed)
-{
-    const auto bytesOf = [](auto& buffer) { return std::string(reinterpret_cast<char*>(buffer.Data()), s_nWatched); };
-    for (const bool bWipe : { true, false })
-    {
-        COvBufferT<wchar_t> buffer(bWipe);
-        buffer.Resize(40);
-        s_pWatched = buffer.Data();
-        s_nWatched = buffer.Size() * sizeof(wchar_t);
-        EXPECT_EQ(std::string(s_nWatched, bWipe ? '\0' : '\xCD'), bytesOf(buffer));
-        std::memset(buffer.Data(), 0xAB, s_nWatched);
-        buffer.Resize(10); // a new block, the old one wiped
-        EXPECT_EQ(std::string(40 * sizeof(wchar_t), bWipe ? '\0' : '\xAB'), s_strFreed);
-    }
-}
 
 TEST(OvBuffer, AnIndexOrASizeOutsideIsRefused)
 {

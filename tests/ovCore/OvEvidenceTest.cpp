@@ -6,8 +6,8 @@
 
 #include "AnsweringObject.h"
 #include "ComApartment.h"
-#include "DebuggerTexts.h"
 #include "FailingNew.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

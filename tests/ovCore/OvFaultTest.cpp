@@ -55,11 +55,6 @@ struct CThrown
     DWORD dwCode;
 };
 
-void Throw(unsigned, EXCEPTION_POINTERS* pPointers)
-{
-    throw CThrown{ pPointers->ExceptionRecord->ExceptionCode };
-}
-
 /// The code of the fault on this thread; 0: none came.
 DWORD FaultOf(void (*pfnFault)())
 {
@@ -109,18 +104,6 @@ TEST(OvFault, LeavesItsRecord)
                   s_seen);
     }
     ::_set_se_translator(nullptr);
-}
-
-TEST(OvFault, GoesToTheThreadsOwnTranslator)
-{
-    const _se_translator_function pfnFirst = [](unsigned, EXCEPTION_POINTERS*) { throw 1; };
-    EXPECT_EQ(nullptr, ::_set_se_translator(pfnFirst));
-    std::thread([] {
-        EXPECT_EQ(nullptr, ::_set_se_translator(Throw));
-        EXPECT_THROW(ReadNowhere(), CThrown);
-    }).join();
-    EXPECT_THROW(ReadNowhere(), int);
-    EXPECT_EQ(pfnFirst, ::_set_se_translator(nullptr));
 }
 
 TEST(OvFault, MayComeWhileAnErrorIsHandled)

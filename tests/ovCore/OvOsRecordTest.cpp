@@ -5,7 +5,7 @@
 #include "OvUtf16.h"
 #include "Platform/Control.h"
 #include "Raised.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "ovCore/OVProcessInfo.h"
 #include "Raised.h"
-#include "ScratchRegistry.h"
 #include "TestData.h"
+#include "TestPlatform.h"
 
 #include <functional>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "ovCore/OvStackTrace.h"
 
 #include "FailingNew.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 #include "ovCore/OvThread.h"
 #include "ovCore/OvThreadMgr.h"
 
-#include "DebuggerTexts.h"
 #include "Raised.h"
+#include "TestPlatform.h"
 #include "TestWorker.h"
 
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include "ovCore/OvSysInfoProcessApi.h"
 #include "ovCore/OvToolHelpProcessApi.h"
 #include "Raised.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <functional>
 #include <gtest/gtest.h>

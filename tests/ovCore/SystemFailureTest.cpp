@@ -6,7 +6,7 @@
 
 #include "Platform/Control.h"
 #include "Raised.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

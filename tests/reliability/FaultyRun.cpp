@@ -2,8 +2,7 @@
 
 #include "FailingAllocations.h"
 #include "MainJob.h"
-#include "ResourceCounts.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <cstdlib>
 
@@ -35,7 +34,7 @@ COutcome RunWith(bool bTransitions, Begin&& begin, End&& end)
                 job.AskForStatus();
                 job.Apply();
                 if (bTransitions)
-                    job.LetServiceGoAndCome();
+                    job.LetServiceGoAndCome(100);
             }
             job.Stop();
         }

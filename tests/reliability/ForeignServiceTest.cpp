@@ -3,12 +3,11 @@
 #include "ForeignService.h"
 #include "AgentSimulator/AgentSimulator.h"
 #include "ComApartment.h"
-#include "FastPauses.h"
 #include "LoadedLibrary.h"
 #include "ovCore/OvEvent.h"
 #include "Raised.h"
 #include "Recording.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // registry holds is left to Windows, so that nothing in between can matter.
 #include "AfterAKill.h"
 #include "FaultyRun.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <cstdlib>
 #include <process.h>

@@ -1,5 +1,7 @@
 #include "MainJob.h"
 
+#include "Masking.h"
+
 namespace
 {
 
@@ -24,7 +26,10 @@ void CMainJob::Apply()
 
 std::set<std::string> CMainJob::Documents() const
 {
-    std::set<std::string> documents = m_callbacks.Documents();
+    std::set<std::string> documents;
+    for (const CTold& told : m_host.All())
+        if (told.dwThreadId == ::GetCurrentThreadId()) // the monitor's depend on the moment
+            documents.insert(Masked(told.text));
     for (const std::wstring& settings : m_agent.GetReceivedSettings())
     {
         const std::wstring masked = Masked(settings);

@@ -4,11 +4,12 @@
 #include "AgentSimulator/AgentSimulator.h"
 #include "ComApartment.h"
 #include "FailingCalls.h"
-#include "FastPauses.h"
-#include "HostRecord.h"
 #include "LoadedLibrary.h"
+#include "Recording.h"
 #include "RevisionRecord.h"
+#include "TestPlatform.h"
 
+#include <set>
 #include <utility>
 
 inline constexpr wchar_t OLD_REVISION[] = L"rev-1";
@@ -31,7 +32,7 @@ public:
     {
         m_pFactory = m_library.MakeFactory();
         if (m_pFactory != nullptr)
-            m_pAdapter = m_pFactory->Initialise(nullptr, nullptr, &m_callbacks, nullptr);
+            m_pAdapter = m_pFactory->Initialise(nullptr, nullptr, &m_sink, nullptr);
         return m_pAdapter != nullptr;
     }
 
@@ -42,34 +43,41 @@ public:
         DeleteAdapterFactory(std::exchange(m_pFactory, nullptr));
     }
 
-    void Observe() { m_pAdapter->RegisterStateObserver(&m_callbacks); }
-    void AskForStatus() { m_pAdapter->GetStatus(&m_callbacks); }
+    void Observe() { m_pAdapter->RegisterStateObserver(&m_host); }
+    void AskForStatus() { m_pAdapter->GetStatus(&m_host); }
     void Apply();
 
-    /// Each change is seen when the monitor has told it, or has ended after a failure.
-    void LetServiceGoAndCome()
+    /// @param nMs  how long each change is waited for. @return whether the monitor told each.
+    bool LetServiceGoAndCome(unsigned nMs)
     {
-        m_callbacks.WaitFor("serviceRunning=\"true\"");
+        const bool bThere = m_host.WaitForLast("serviceRunning=\"true\"", nMs);
         m_agent.Stop();
-        m_callbacks.WaitFor("serviceRunning=\"false\"");
+        const bool bGone = m_host.WaitForLast("serviceRunning=\"false\"", nMs);
         m_agent.Start();
-        m_callbacks.WaitFor("serviceRunning=\"true\"");
+        return m_host.WaitForLast("serviceRunning=\"true\"", nMs) && bThere && bGone;
     }
+
+    bool WaitForMonitor() const { return m_sink.WaitForText("Exiting Function: CMonitorThread::NotifyObservers"); }
 
     /// The different status documents and settings documents, masked.
     std::set<std::string> Documents() const;
 
     /// Every trace line, of all threads.
-    std::string Trace() const { return m_callbacks.Trace(); }
+    std::string Trace() const { return m_sink.OfAllThreads(); }
 
     IAdapter& Adapter() { return *m_pAdapter; }
     HMODULE GetModule() const { return m_library.GetModule(); }
 
-    void ForgetTrace() { m_callbacks.Clear(); }
+    void ForgetTrace()
+    {
+        m_sink.Clear();
+        m_host.Clear();
+    }
+    size_t CountOfDocuments() const { return m_host.Count(); }
 
     void Forget()
     {
-        m_callbacks.Clear();
+        ForgetTrace();
         m_agent.ClearRecords();
     }
 
@@ -78,7 +86,8 @@ private:
     CLoadedLibrary m_library;
     CFastPauses m_pauses{ m_library.GetModule() };
     CAgentSimulator m_agent;
-    CHostCallbacks m_callbacks;
+    CRecordingSink m_sink;
+    CListener m_host;
     IAdapterFactory* m_pFactory = nullptr;
     IAdapter* m_pAdapter = nullptr;
 };

@@ -2,7 +2,8 @@
 // they make together; without it a few, or ten million in the long form.
 #include "FaultyRun.h"
 #include "MainJob.h"
-#include "ScratchRegistry.h"
+#include "Operations.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 
@@ -35,34 +36,7 @@ private:
     std::atomic<bool> m_bWrong = false;
 };
 
-using Operation = void (*)(IAdapter&, CCountingCallbacks&);
-
 std::mutex s_configuring; // the host hands in one policy at a time
-
-/// All thirteen. An observer that is registered once more than it is removed is removed when its thread ends.
-const Operation s_operations[] = {
-    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.GetStatus(&callbacks); },
-    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.RegisterStateObserver(&callbacks); },
-    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.DeRegisterStateObserver(&callbacks); },
-    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.DeRegisterStateObserver(&callbacks); },
-    [](IAdapter& adapter, CCountingCallbacks& callbacks) { adapter.GetConfiguration(&callbacks); },
-    [](IAdapter& adapter, CCountingCallbacks&) {
-        const std::lock_guard<std::mutex> guard(s_configuring);
-        adapter.SetConfiguration(SamplePolicy());
-    },
-    [](IAdapter& adapter, CCountingCallbacks&) {
-        const std::lock_guard<std::mutex> guard(s_configuring);
-        adapter.SetConfiguration("<config/>");
-    },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.RegisterEventObserver(nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DeRegisterEventObserver(nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.RegisterConfigStateObserver(nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DeRegisterConfigStateObserver(nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DoAction(nullptr, nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.RegisterActionOutcomeObserver(nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.DeRegisterActionOutcomeObserver(nullptr); },
-    [](IAdapter& adapter, CCountingCallbacks&) { adapter.SetFeature(nullptr); },
-};
 
 constexpr unsigned THREADS = 8;
 
@@ -71,17 +45,22 @@ bool Operate(CMainJob& job, unsigned nSeed, unsigned nOperations)
 {
     const CComApartment apartment;
     CCountingCallbacks callbacks;
+    CArguments with{ &callbacks, &callbacks, &callbacks };
     unsigned nRegistered = 0;
     std::mt19937 random(nSeed);
     for (unsigned n = 0; n < nOperations; ++n)
     {
-        const unsigned nOperation = static_cast<unsigned>(random() % std::size(s_operations));
-        nRegistered += nOperation == 1 ? 1 : 0;
-        s_operations[nOperation](job.Adapter(), callbacks);
+        const auto nOperation = static_cast<unsigned>(random() % std::size(OPERATIONS));
+        std::unique_lock<std::mutex> configuring(s_configuring, std::defer_lock);
+        if (nOperation == SET_CONFIGURATION)
+            configuring.lock();
+        with.szPolicy = random() % 2 == 0 ? SamplePolicy() : "<config/>";
+        nRegistered += nOperation == REGISTER ? 1 : 0;
+        OPERATIONS[nOperation].pfnCall(job.Adapter(), with);
         if (n % 256 == 0)
             job.ForgetTrace();
     }
-    for (; nRegistered != 0; --nRegistered)
+    for (; nRegistered != 0; --nRegistered) // what was removed already is not removed again
         job.Adapter().DeRegisterStateObserver(&callbacks);
     return !callbacks.WasWrong();
 }
@@ -113,7 +92,7 @@ void Race(unsigned nEvery)
             --nRunning;
         });
     while (nRunning != 0)
-        job.LetServiceGoAndCome();
+        job.LetServiceGoAndCome(100);
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(nEvery == 0, DisarmFailure().empty());

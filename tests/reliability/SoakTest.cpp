@@ -1,7 +1,7 @@
 // An agent that runs for years: the service comes and goes again and again, policies are applied, memory stays flat.
 #include "FaultyRun.h"
 #include "MainJob.h"
-#include "ScratchRegistry.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 
@@ -26,15 +26,17 @@ TEST(Soak, MemoryStaysFlatWhileTheServiceComesAndGoes)
     const CScratchRegistry registry;
     CMainJob job;
     ASSERT_TRUE(job.Start());
+    ASSERT_TRUE(job.WaitForMonitor());
     job.Observe();
     size_t nBefore = 0;
     for (unsigned n = 0; n < nTransitions; n += 2)
     {
         if (n == WARM_UP)
             nBefore = Allocated();
-        job.LetServiceGoAndCome();
-        job.Apply();
         job.Forget();
+        job.Apply(); // tells of the service that is there
+        EXPECT_TRUE(job.LetServiceGoAndCome(30'000)) << n;
+        EXPECT_EQ(3u, job.CountOfDocuments()) << n;
     }
     EXPECT_LT(Allocated(), nBefore + SLACK);
     job.Stop();

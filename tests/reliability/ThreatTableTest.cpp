@@ -4,9 +4,9 @@
 #include "ovCore/OvXmlDocument.h"
 #include "ovCore/OvXmlNodeList.h"
 #include "PatchAdapter/PatchAdapterFactory.h"
-#include "ProcessMemory.h"
 #include "TestData.h"
 #include "TestFile.h"
+#include "TestPlatform.h"
 #include "tests/PatchAdapter/AdapterFixture.h"
 #include "Wine.h"
 
@@ -132,6 +132,7 @@ std::vector<CThreat> Threats(const std::wstring& wzFile)
         { "256 levels", Deep(256), Applied, Applied },
         { "257 levels", Deep(257), Applied, Applied },
         { "10,000 levels", Deep(10000), Refused, Refused },
+        { "100,000 elements", In(Repeated(L"<x/>", 100000)), Applied, Applied },
         { "1,000 attributes", Attributes(1000), Applied, Applied },
         { "10,000 attributes", Attributes(10000), Refused, Applied, szBound },
         { s_sz100000Attributes, Attributes(100000), Refused, Applied, szBound },

@@ -49,7 +49,7 @@ void Exhaust(const std::function<void()>& work)
 {
     char* const p = static_cast<char*>(::operator new(nBytes + HEADER));
     std::memcpy(p, &nBytes, sizeof nBytes);
-    return p + HEADER;
+    return std::memset(p + HEADER, 0xCD, nBytes);
 }
 
 [[gnu::noinline]] void operator delete[](void* p) noexcept
@@ -78,6 +78,12 @@ TEST_F(Wiping, LeavesNothingInFreedBuffers)
         buffer[0] = 1;
     }
     EXPECT_EQ(1u, s_nDirty.exchange(0));
+    COvBufferT<wchar_t> buffer(true);
+    buffer.Resize(40);
+    EXPECT_EQ(std::wstring(40, L'\0'), std::wstring(buffer.Data(), buffer.Size()));
+    buffer[39] = 1;
+    buffer.Resize(10); // a new block, the old one wiped
+    EXPECT_EQ(0u, s_nDirty);
     StartWithService();
     const struct
     {

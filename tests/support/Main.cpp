@@ -1,4 +1,4 @@
-#include "ResourceCounts.h"
+#include "TestPlatform.h"
 
 #include <gtest/gtest.h>
 

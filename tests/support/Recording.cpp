@@ -7,11 +7,26 @@
 #include <cstdarg>
 #include <cstring>
 
-void CHostRecord::Add(const std::string& what, const std::string& text)
+namespace
+{
+
+struct CEntry
+{
+    DWORD dwThreadId;
+    size_t nWhat;
+    size_t nText;
+};
+
+} // namespace
+
+void CHostRecord::Add(std::string_view what, std::string_view text)
 {
     {
+        const CEntry entry{ ::GetCurrentThreadId(), what.size(), text.size() };
         const std::lock_guard<std::mutex> guard(m_mutex);
-        m_entries.push_back({ ::GetCurrentThreadId(), what, text });
+        m_entries.append(reinterpret_cast<const char*>(&entry), sizeof entry).append(what);
+        m_nLast = m_entries.size();
+        m_entries.append(text);
         m_changed.notify_all();
     }
     if (m_hook)
@@ -22,19 +37,30 @@ void CHostRecord::Clear()
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_entries.clear();
+    m_nLast = 0;
 }
 
 std::vector<CTold> CHostRecord::All() const
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_entries;
+    std::vector<CTold> all;
+    for (size_t n = 0; n < m_entries.size();)
+    {
+        CEntry entry = {};
+        std::memcpy(&entry, &m_entries[n], sizeof entry);
+        n += sizeof entry;
+        all.push_back(
+            { entry.dwThreadId, m_entries.substr(n, entry.nWhat), m_entries.substr(n + entry.nWhat, entry.nText) });
+        n += entry.nWhat + entry.nText;
+    }
+    return all;
 }
 
 size_t CHostRecord::CountOf(const std::string& what) const
 {
-    const std::lock_guard<std::mutex> guard(m_mutex);
+    const std::vector<CTold> all = All();
     return static_cast<size_t>(
-        std::count_if(m_entries.begin(), m_entries.end(), [&](const CTold& told) { return told.what == what; }));
+        std::count_if(all.begin(), all.end(), [&](const CTold& told) { return told.what == what; }));
 }
 
 std::string CHostRecord::Last() const
@@ -45,10 +71,17 @@ std::string CHostRecord::Last() const
 
 bool CHostRecord::WaitForText(const std::string& part) const
 {
-    const auto contains = [&](const CTold& told) { return told.text.find(part) != std::string::npos; };
     std::unique_lock<std::mutex> lock(m_mutex);
     return m_changed.wait_for(lock, std::chrono::seconds(30),
-                              [&] { return std::any_of(m_entries.begin(), m_entries.end(), contains); });
+                              [&] { return m_entries.find(part) != std::string::npos; });
+}
+
+bool CHostRecord::WaitForLast(const std::string& part, unsigned nMs) const
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::milliseconds(nMs), [&] {
+        return std::string_view(m_entries).substr(m_nLast).find(part) != std::string_view::npos;
+    });
 }
 
 template <class Predicate>
@@ -71,6 +104,11 @@ std::string CHostRecord::OfOtherThreads(DWORD dwThreadId) const
     return Transcript([&](DWORD dwId) { return dwId != dwThreadId; });
 }
 
+std::string CHostRecord::OfAllThreads() const
+{
+    return Transcript([](DWORD) { return true; });
+}
+
 std::string CHostRecord::TranscriptOf(const std::function<void()>& work)
 {
     Clear();
@@ -85,7 +123,7 @@ std::string CHostRecord::TranscriptOf(const std::function<void()>& work)
         va_list arguments;                                                                                             \
         va_start(arguments, format);                                                                                   \
         const bool bExpected = std::strcmp(format, "PatchAdapter: %s") == 0;                                           \
-        Add(kind, bExpected ? va_arg(arguments, const char*) : std::string("unexpected format ") + format);            \
+        Add(kind, bExpected ? va_arg(arguments, const char*) : format);                                                \
         va_end(arguments);                                                                                             \
     }
 

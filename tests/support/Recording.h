@@ -8,6 +8,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A trace line, without the prefix that the format adds, or a document.
@@ -18,16 +19,16 @@ struct CTold
     std::string text;
 };
 
-/// An ordered record that several threads may write.
+/// An ordered record that several threads may write. Adding to it allocates nothing, up to a megabyte.
 class CHostRecord
 {
 public:
     /// Called on the telling thread after each entry has been recorded; may throw.
     using Hook = std::function<void()>;
 
-    explicit CHostRecord(Hook hook) : m_hook(std::move(hook)) {}
+    explicit CHostRecord(Hook hook) : m_hook(std::move(hook)) { m_entries.reserve(1 << 20); }
 
-    void Add(const std::string& what, const std::string& text);
+    void Add(std::string_view what, std::string_view text);
     void Clear();
     std::vector<CTold> All() const;
     size_t Count() const { return All().size(); }
@@ -35,9 +36,13 @@ public:
     std::string Last() const;                        ///< the last text; "<none>" when there is none
     bool WaitForText(const std::string& part) const; ///< at most half a minute
 
+    /// Waits until the last text holds the part. @return whether it does.
+    bool WaitForLast(const std::string& part, unsigned nMs) const;
+
     /// The entries of one thread, or of every other one, in their order: "what text", one a row. Not masked.
     std::string OfThread(DWORD dwThreadId = ::GetCurrentThreadId()) const;
     std::string OfOtherThreads(DWORD dwThreadId = ::GetCurrentThreadId()) const;
+    std::string OfAllThreads() const;
 
     /// Runs the work on a clean record. @return the calling thread's transcript of it, masked (see Masking.h).
     std::string TranscriptOf(const std::function<void()>& work);
@@ -51,11 +56,12 @@ private:
 
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed;
-    std::vector<CTold> m_entries; // guarded by m_mutex
+    std::string m_entries; // guarded by m_mutex; of each the thread's id and the two texts' lengths, then the texts
+    size_t m_nLast = 0;    // guarded by m_mutex; where the last one's text begins
     Hook m_hook;
 };
 
-/// A line that does not come as ("PatchAdapter: %s", text) is recorded as "unexpected format" with the format.
+/// A line that does not come as ("PatchAdapter: %s", text) is recorded as the format.
 class CRecordingSink final : public ILogSink, public CHostRecord
 {
 public:
@@ -71,7 +77,10 @@ class CListener final : public IStateObserver, public IStatusReceiver, public IC
 {
 public:
     explicit CListener(Hook hook = {}) : CHostRecord(std::move(hook)) {}
-    void OnStateChange(int32_t value, const char* status) override { Add("observer " + std::to_string(value), status); }
+    void OnStateChange(int32_t value, const char* status) override
+    {
+        Add(value == 1 ? "observer 1" : "observer of another value", status);
+    }
     void OnStatus(const char* status) override { Add("receiver", status); }
     void OnConfiguration(const char* configuration) override { Add("configuration", configuration); }
 };
