@@ -3,6 +3,8 @@
 #include "ovCore/OvCallOut.h"
 #include "ovCore/OvStringUtil.h"
 
+#include <iterator>
+
 namespace
 {
 
@@ -27,6 +29,22 @@ void WriteLine(ILogSink& sink, int nKind, const char* format, const char* text)
     }
 }
 
+/// The format in the host's code page, without memory of its own.
+class CNarrowFormat
+{
+public:
+    CNarrowFormat()
+    {
+        constexpr int nUnits = -1; // up to and with the zero
+        if (::WideCharToMultiByte(CP_ACP, 0, s_szFormat, nUnits, m_sz, sizeof(m_sz), nullptr, nullptr) <= 0)
+            throw COvStdException("WideCharToMultiByte");
+    }
+    const char* Get() const { return m_sz; }
+
+private:
+    char m_sz[2 * std::size(s_szFormat)];
+};
+
 std::wstring TextOrEmpty(const wchar_t* szText)
 {
     return szText == nullptr ? L"" : szText;
@@ -34,15 +52,15 @@ std::wstring TextOrEmpty(const wchar_t* szText)
 
 } // namespace
 
-void CPatchTrace::Write(int nKind, const std::wstring& text) noexcept
+void CPatchTrace::Write(int nKind, std::wstring_view text) noexcept
 {
     if (m_pSink == nullptr || nKind < TraceError || nKind > TraceCall)
         return;
     try
     {
         const std::string narrow = COvStringUtil::WideToNarrow(text);
-        const std::string format = COvStringUtil::WideToNarrow(s_szFormat);
-        OvCallOut([&] { WriteLine(*m_pSink, nKind, format.c_str(), narrow.c_str()); });
+        const CNarrowFormat format;
+        OvCallOut([&] { WriteLine(*m_pSink, nKind, format.Get(), narrow.c_str()); });
     }
     catch (...)
     {
@@ -93,12 +111,24 @@ void CPatchTrace::Detail(const COvEvidence& e) noexcept
     WriteBuilt(TraceDetail, [&] { return e.ToString(L" "); });
 }
 
+void CPatchTrace::WriteCall(std::wstring_view begin, std::wstring_view name) noexcept
+{
+    WriteBuilt(TraceCall, [&] {
+        std::wstring text;
+        text.reserve(begin.size() + name.size());
+        text.append(begin).append(name);
+        return text;
+    });
+}
+
 void CPatchTrace::Enter(const wchar_t* szName) noexcept
 {
-    WriteBuilt(TraceCall, [&] { return std::wstring(L"Entering Function: ") + szName; });
+    if (m_pSink != nullptr)
+        WriteCall(L"Entering Function: ", szName);
 }
 
 void CPatchTrace::Leave(const wchar_t* szName) noexcept
 {
-    WriteBuilt(TraceCall, [&] { return std::wstring(L"Exiting Function: ") + szName; });
+    if (m_pSink != nullptr)
+        WriteCall(L"Exiting Function: ", szName);
 }

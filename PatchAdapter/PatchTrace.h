@@ -7,6 +7,7 @@
 #include "PatchAdapterApi.h"
 
 #include <string>
+#include <string_view>
 
 /// Writes trace lines to the host's sink. Silent, at no cost, until it is bound.
 ///
@@ -19,8 +20,11 @@ public:
     /// @param pSink  the host's log, not owned: it must stay valid while it is bound. Null unbinds.
     void SetSink(ILogSink* pSink) noexcept { m_pSink = pSink; }
 
+    /// Whether lines go anywhere: for texts that are worth making only then.
+    bool IsBound() const noexcept { return m_pSink != nullptr; }
+
     /// One line. @param nKind  a PatchTraceKind; nothing is written for another value.
-    void Write(int nKind, const std::wstring& text) noexcept;
+    void Write(int nKind, std::wstring_view text) noexcept;
 
     /// Kind 0: "Error: <code> File: <name> Line: <line> Evidence: <evidence>".
     void Exception(const COvBaseException& e) noexcept;
@@ -54,6 +58,7 @@ public:
 private:
     template <class Build>
     void WriteBuilt(int nKind, Build&& build) noexcept;
+    void WriteCall(std::wstring_view begin, std::wstring_view name) noexcept;
 
     ILogSink* m_pSink = nullptr; // not owned
 };

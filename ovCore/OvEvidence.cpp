@@ -5,23 +5,31 @@
 #include "ovCore/OvStringUtil.h"
 
 #include <memory>
+#include <string_view>
 
 namespace
 {
+
+constexpr std::wstring_view MARK = L": "; // between name and value
 
 struct CLocalFree
 {
     void operator()(wchar_t* p) const noexcept { ::LocalFree(p); }
 };
 
-std::wstring TextOrNull(const wchar_t* szText)
+std::wstring_view TextOrNull(const wchar_t* szText)
 {
     return szText == nullptr ? L"<null>" : szText;
 }
 
+std::wstring_view ViewOf(const COvBstr& str)
+{
+    return { str.Get(), ::SysStringLen(str.Get()) };
+}
+
 std::wstring Widen(const char* szText)
 {
-    return szText == nullptr ? L"<null>" : COvStringUtil::NarrowToWide(szText, CP_THREAD_ACP);
+    return szText == nullptr ? std::wstring(TextOrNull(nullptr)) : COvStringUtil::NarrowToWide(szText, CP_THREAD_ACP);
 }
 
 std::wstring GuidText(const GUID& guid)
@@ -100,15 +108,30 @@ COvEvidence& COvEvidence::operator=(COvEvidence&& other) noexcept
     return *this;
 }
 
+/// Stores the name and the value, in one piece of memory.
+void COvEvidence::SetText(const wchar_t* szName, std::wstring_view value) noexcept
+{
+    try
+    {
+        const std::wstring_view name = TextOrNull(szName);
+        m_text.reserve(name.size() + MARK.size() + value.size());
+        m_text.append(name).append(MARK).append(value);
+    }
+    catch (...)
+    {
+        // as in Set
+    }
+}
+
 /// Stores the name and the value that the builder returns, as far as memory reaches.
 template <class Build>
-void COvEvidence::Set(const wchar_t* szName, Build&& value) noexcept
+void COvEvidence::Set(const wchar_t* szName, Build&& build) noexcept
 {
     try
     {
         m_text = TextOrNull(szName);
-        m_text += L": ";
-        m_text += value();
+        m_text += MARK;
+        m_text += build();
     }
     catch (...)
     {
@@ -118,12 +141,12 @@ void COvEvidence::Set(const wchar_t* szName, Build&& value) noexcept
 
 COvEvidence::COvEvidence(const wchar_t* szName, const wchar_t* szValue) noexcept
 {
-    Set(szName, [&] { return szValue != nullptr ? szValue : L"<null>"; });
+    SetText(szName, TextOrNull(szValue));
 }
 
 COvEvidence::COvEvidence(const wchar_t* szName, const std::wstring& strValue) noexcept
 {
-    Set(szName, [&]() -> const std::wstring& { return strValue; });
+    SetText(szName, strValue);
 }
 
 COvEvidence::COvEvidence(const wchar_t* szName, const char* szValue) noexcept
@@ -133,12 +156,12 @@ COvEvidence::COvEvidence(const wchar_t* szName, const char* szValue) noexcept
 
 COvEvidence::COvEvidence(const wchar_t* szName, const COvBstr& strValue) noexcept
 {
-    Set(szName, [&] { return strValue.IsNull() ? TextOrNull(nullptr) : COvStringUtil::FromBSTR(strValue); });
+    SetText(szName, strValue.IsNull() ? TextOrNull(nullptr) : ViewOf(strValue));
 }
 
 COvEvidence::COvEvidence(const wchar_t* szName, const bool& bValue) noexcept
 {
-    Set(szName, [&] { return bValue ? L"<true>" : L"<false>"; });
+    SetText(szName, bValue ? L"<true>" : L"<false>");
 }
 
 COvEvidence::COvEvidence(const wchar_t* szName, const GUID& guid) noexcept
@@ -190,8 +213,9 @@ COvEvidence::COvEvidence(const wchar_t*, const COvBaseException& e) noexcept
 
 const wchar_t* COvEvidence::ToString(const wchar_t* szSeparator) const
 {
-    m_rendered =
-        szSeparator == nullptr ? m_text : COvStringUtil::FindReplace(L"\r", szSeparator, m_text.c_str(), nullptr);
+    if (szSeparator == nullptr || m_text.find(L'\r') == std::wstring::npos)
+        return m_text.c_str();
+    m_rendered = COvStringUtil::FindReplace(L"\r", szSeparator, m_text.c_str(), nullptr);
     return m_rendered.c_str();
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 class COvBaseException;
@@ -96,7 +97,7 @@ public:
 
     /// Renders the text.
     /// @param szSeparator  replaces each break mark; null: the text as stored.
-    /// @return NUL-terminated, valid until the next call or the item's end.
+    /// @return NUL-terminated, valid until the next call, a change of the item or its end.
     const wchar_t* ToString(const wchar_t* szSeparator) const;
 
     /// This text, then, when the other is not empty, a break mark and the other's text.
@@ -111,6 +112,7 @@ public:
 private:
     template <class Build>
     void Set(const wchar_t* szName, Build&& value) noexcept;
+    void SetText(const wchar_t* szName, std::wstring_view value) noexcept;
     void Append(const COvEvidence& other) noexcept;
 
     std::wstring m_text;

@@ -13,9 +13,9 @@ namespace
 const wchar_t s_szSource[] = L"ovCore\\OvStringUtil";
 
 /// Asks for the size that the narrow text takes.
-int NarrowSize(const std::wstring& s, int nLength)
+int NarrowSize(std::wstring_view s, int nLength)
 {
-    const int nSize = ::WideCharToMultiByte(CP_ACP, 0, s.c_str(), nLength, nullptr, 0, nullptr, nullptr);
+    const int nSize = ::WideCharToMultiByte(CP_ACP, 0, s.data(), nLength, nullptr, 0, nullptr, nullptr);
     if (nSize < 0)
         throw COvStdException("iBufferSize < 0");
     if (nSize == 0)
@@ -111,7 +111,7 @@ bool IsAsciiHexDigit(wchar_t c)
 
 } // namespace
 
-std::string COvStringUtil::WideToNarrow(const std::wstring& s)
+std::string COvStringUtil::WideToNarrow(std::wstring_view s)
 {
     if (s.empty())
         return std::string();
@@ -123,7 +123,7 @@ std::string COvStringUtil::WideToNarrow(const std::wstring& s)
     {
         std::string buffer(static_cast<size_t>(nSize), '\0');
         const int nWritten =
-            ::WideCharToMultiByte(CP_ACP, 0, s.c_str(), nLength, buffer.data(), nSize, nullptr, nullptr);
+            ::WideCharToMultiByte(CP_ACP, 0, s.data(), nLength, buffer.data(), nSize, nullptr, nullptr);
         if (nWritten < 0)
             throw COvStdException("iActualBufferSize < 0");
         if (nWritten > 0 || ::GetLastError() != ERROR_INSUFFICIENT_BUFFER)
@@ -136,7 +136,7 @@ std::string COvStringUtil::WideToNarrow(const std::wstring& s)
 
 std::string COvStringUtil::WideToNarrow(const wchar_t* s)
 {
-    return s == nullptr ? std::string() : WideToNarrow(std::wstring(s));
+    return s == nullptr ? std::string() : WideToNarrow(std::wstring_view(s));
 }
 
 std::wstring COvStringUtil::NarrowToWide(const std::string& s)
@@ -168,9 +168,9 @@ bool COvStringUtil::IsNumeric(std::wstring_view s, bool bLeadingOnly)
         return false;
 
     const bool bHex = s.size() > 1 && s[0] == L'0' && (s[1] == L'x' || s[1] == L'X');
+    const auto isDigit = bHex ? IsAsciiHexDigit : IsAsciiDigit;
     const auto first = s.begin() + (bHex ? 2 : 0);
-    const auto end = std::find_if_not(first, s.end(), bHex ? IsAsciiHexDigit : IsAsciiDigit);
-    return end == s.end() || (bLeadingOnly && end != first);
+    return (bLeadingOnly && first != s.end() && isDigit(*first)) || std::all_of(first, s.end(), isDigit);
 }
 
 _variant_t COvStringUtil::VariantChangeType(const VARIANT& vSrc, VARTYPE vtNew, USHORT nFlags)

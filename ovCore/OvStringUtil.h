@@ -16,7 +16,7 @@ public:
 
     /// Wide to narrow. What the code page lacks becomes the system's default character.
     /// An empty or null text gives an empty one; other failures of the conversion throw std::exception with a text.
-    static std::string WideToNarrow(const std::wstring& s);
+    static std::string WideToNarrow(std::wstring_view s);
     static std::string WideToNarrow(const wchar_t* s);
 
     /// Narrow to wide. An empty or null text gives an empty one; failures throw std::exception with a text.
