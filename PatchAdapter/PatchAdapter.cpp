@@ -147,6 +147,6 @@ const COvVersion& CPatchAdapter::GetBinaryVersion()
     if (!s_BinaryVersion.IsValid())
         throw COvException(E_FAIL, s_szSource, __LINE__,
                            InfoMsg(L"Unable to determine version of binary") + FunctionName(s_szGetBinaryVersion));
-    m_Trace.Detail(L"version", s_BinaryVersion.AsStr());
+    m_Trace.Detail(L"version", s_BinaryVersion.Text().sz);
     return s_BinaryVersion;
 }

@@ -41,7 +41,7 @@ void StartDocument(COvXmlWriter& writer, const wchar_t* szRoot, const wchar_t* s
 void WriteVersionUnlessZero(COvXmlWriter& writer, const wchar_t* szName, const COvVersion& version)
 {
     if (version != COvVersion())
-        writer.WriteAttrW(szName, version.AsStr().c_str(), s_bEscape);
+        writer.WriteAttrW(szName, version.Text().sz, s_bEscape);
 }
 
 } // namespace
@@ -132,7 +132,7 @@ void CPatchAdapter::WriteCompliance(COvXmlWriter& writer, const CServiceStatus& 
     const bool bInForce = !m_wzRevId.empty() && (!status.bServiceRunning || status.bServerKeyStatus);
     writer.WriteStartElement(L"CompRes", nullptr);
     writer.WriteNameSpace(L"", TREVOK_REVERSE_DOMAIN L"\\msys\\csc", s_bEscape);
-    writer.WriteAttr(L"policyType", m_lPolicyType, s_bEscape);
+    writer.WriteAttrW(L"policyType", COvStringUtil::LongToString(m_lPolicyType, 10).c_str(), s_bEscape);
     writer.WriteAttrW(L"Res", bInForce ? m_wzCompRes.c_str() : L"NoRef", s_bEscape);
     if (!m_wzRevId.empty())
         writer.WriteAttrW(L"RevID", m_wzRevId.c_str(), s_bEscape);
@@ -143,8 +143,8 @@ void CPatchAdapter::WriteMeta(COvXmlWriter& writer)
 {
     writer.WriteStartElement(L"meta", nullptr);
     writer.WriteAttrW(L"timestamp", COvDateTime::Now().Format(COvDateTime::DOCUMENT_FORM).c_str(), s_bEscape);
-    writer.WriteAttr(L"protocolVersion", s_nProtocolVersion, s_bEscape);
-    writer.WriteAttrW(L"softwareVersion", GetBinaryVersion().AsStr().c_str(), s_bEscape);
+    writer.WriteAttrW(L"protocolVersion", COvStringUtil::LongToString(s_nProtocolVersion, 10).c_str(), s_bEscape);
+    writer.WriteAttrW(L"softwareVersion", GetBinaryVersion().Text().sz, s_bEscape);
     writer.WriteEndElement();
 }
 
@@ -152,7 +152,7 @@ std::wstring CPatchAdapter::BuildPatchXml(const CServiceStatus& status)
 {
     COvXmlWriter writer(false);
     StartDocument(writer, L"patch", L"http://" TREVOK_WEB_HOST L"/xml/mansys/patch.xsd");
-    writer.WriteAttrW(L"agentVersion", GetBinaryVersion().AsStr().c_str(), s_bEscape);
+    writer.WriteAttrW(L"agentVersion", GetBinaryVersion().Text().sz, s_bEscape);
     writer.WriteAttrW(L"serviceRunning", BoolText(status.bServiceRunning), s_bEscape);
     writer.WriteAttrW(L"assessmentEnabled", BoolText(status.bAssessmentEnabled), s_bEscape);
     writer.WriteStartElement(L"wua", nullptr);
@@ -168,8 +168,8 @@ void CPatchAdapter::WriteWua(COvXmlWriter& writer, const CServiceStatus& status)
     {
         writer.WriteAttrW(L"installed", BoolText(true), s_bEscape);
         writer.WriteAttrW(L"compatible", BoolText(true), s_bEscape);
-        writer.WriteAttrW(L"currentVersion", COvVersion().AsStr().c_str(), s_bEscape);
-        writer.WriteAttrW(L"requiredVersion", COvVersion().AsStr().c_str(), s_bEscape);
+        writer.WriteAttrW(L"currentVersion", COvVersion().Text().sz, s_bEscape);
+        writer.WriteAttrW(L"requiredVersion", COvVersion().Text().sz, s_bEscape);
         return;
     }
     writer.WriteAttrW(L"installed", BoolText(status.bWuaInstalled), s_bEscape);

@@ -106,18 +106,24 @@ bool COvVersion::IsValid() const
     return m_nCount > 0 && *this != COvVersion();
 }
 
-std::wstring COvVersion::AsStr() const
+COvVersion::CText COvVersion::Text() const
 {
-    OV_SCOPE(L"COvVersion::AsStr");
-    wchar_t szText[MAX_PARTS * 6]; // at most "65535." each
-    wchar_t* pEnd = szText;
+    CText text;
+    wchar_t* pEnd = text.sz;
     for (LONG i = 0; i < m_nCount; ++i)
     {
         if (i > 0)
             *pEnd++ = L'.';
         pEnd = WritePart(pEnd, m_nParts[i]);
     }
-    return std::wstring(szText, pEnd);
+    *pEnd = 0;
+    return text;
+}
+
+std::wstring COvVersion::AsStr() const
+{
+    OV_SCOPE(L"COvVersion::AsStr");
+    return Text().sz;
 }
 
 COvEvidence COvVersion::GetEvidence(const wchar_t* szName) const

@@ -10,6 +10,8 @@
 /// A version number "major.minor.build.revision" of which the first 0 to 4 parts are significant. A plain value.
 class COvVersion : public COvObject
 {
+    static constexpr LONG MAX_PARTS = 4;
+
 public:
     /// 0.0.0.0 with four significant parts.
     COvVersion() = default;
@@ -43,12 +45,17 @@ public:
     /// The significant parts in decimal, joined by "."; empty without any.
     std::wstring AsStr() const;
 
+    /// The text that AsStr returns, terminated, without memory from the heap.
+    struct CText
+    {
+        wchar_t sz[MAX_PARTS * sizeof("65535")];
+    };
+    CText Text() const;
+
     /// The item "Version", or szName, with AsStr().
     COvEvidence GetEvidence(const wchar_t* szName = nullptr) const override;
 
 private:
-    static constexpr LONG MAX_PARTS = 4;
-
     bool ReadParts(std::wstring_view text);
 
     LONG m_nCount = MAX_PARTS; // significant parts
