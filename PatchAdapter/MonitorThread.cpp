@@ -80,10 +80,10 @@ bool CMonitorThread::WaitForServiceEvent()
 {
     while (!IsStopping())
     {
-        const std::unique_ptr<COvEvent> pServiceEvent = OpenServiceEvent(s_dwPauseMs, s_dwPauseMs);
-        if (!pServiceEvent->Exists())
+        const COvEvent serviceEvent = OpenServiceEvent(s_dwPauseMs, s_dwPauseMs);
+        if (!serviceEvent.Exists())
             continue; // the pause lies behind us
-        const HANDLE handles[] = { m_pStopEvent->GetHandle(), pServiceEvent->GetHandle() };
+        const HANDLE handles[] = { m_pStopEvent->GetHandle(), serviceEvent.GetHandle() };
         const DWORD dwResult = ::WaitForMultipleObjects(2, handles, FALSE, 0);
         if (dwResult == WAIT_OBJECT_0)
             return true;
@@ -97,8 +97,8 @@ bool CMonitorThread::WatchServiceEvent()
 {
     while (!IsStopping())
     {
-        const std::unique_ptr<COvEvent> pServiceEvent = OpenServiceEvent(0, s_dwWatchIntervalMs);
-        if (!pServiceEvent->Exists())
+        const COvEvent serviceEvent = OpenServiceEvent(0, s_dwWatchIntervalMs);
+        if (!serviceEvent.Exists())
             return false;
         ::Sleep(s_dwPauseMs); // with the event open
     }

@@ -206,14 +206,13 @@ std::wstring CPatchApi::ObtainErrorInfo() noexcept
     }
 }
 
-std::unique_ptr<COvEvent> OpenServiceEvent(DWORD dwTotalMs, DWORD dwIntervalMs)
+COvEvent OpenServiceEvent(DWORD dwTotalMs, DWORD dwIntervalMs)
 {
     const bool bInheritHandle = false;
-    return std::unique_ptr<COvEvent>(COvEvent::OpenWithWait(TREVOK_SERVICE_EVENT, dwTotalMs, dwIntervalMs,
-                                                            SYNCHRONIZE | READ_CONTROL, bInheritHandle));
+    return COvEvent::Open(TREVOK_SERVICE_EVENT, dwTotalMs, dwIntervalMs, SYNCHRONIZE | READ_CONTROL, bInheritHandle);
 }
 
 bool IsServiceRunning()
 {
-    return OpenServiceEvent(0, 500)->Lock(0);
+    return OpenServiceEvent(0, 500).Lock(0);
 }

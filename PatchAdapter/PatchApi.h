@@ -54,9 +54,8 @@ private:
     CPatchTrace* m_pTrace;                  // not owned
 };
 
-/// Opens the service's event, as COvEvent::OpenWithWait does; never null. Lets std::bad_alloc out.
-std::unique_ptr<COvEvent> OpenServiceEvent(DWORD dwTotalMs, DWORD dwIntervalMs);
+/// Opens the service's event, as COvEvent::OpenWithWait does, but in the caller's own memory.
+COvEvent OpenServiceEvent(DWORD dwTotalMs, DWORD dwIntervalMs);
 
 /// Whether the service runs: its event exists and is signalled. One attempt, no waiting. Any thread, without COM.
-/// Lets std::bad_alloc out.
 bool IsServiceRunning();

@@ -60,8 +60,8 @@ bool COvEvent::SetEvent()
     return ::SetEvent(m_hObject) != FALSE;
 }
 
-COvEvent* COvEvent::OpenWithWait(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
-                                 bool bInheritHandle)
+COvEvent COvEvent::Open(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
+                        bool bInheritHandle)
 {
     OV_SCOPE(L"COvEvent::OpenWithWait");
     const CRetryPlan plan(dwTotalMs, dwIntervalMs);
@@ -69,8 +69,14 @@ COvEvent* COvEvent::OpenWithWait(const wchar_t* szName, DWORD dwTotalMs, DWORD d
     {
         COvHandle hEvent(::OpenEventW(dwDesiredAccess, bInheritHandle ? TRUE : FALSE, szName));
         if (hEvent.Get() != nullptr)
-            return new COvEvent(szName, hEvent.Release());
+            return COvEvent(szName, hEvent.Release());
         ::Sleep(plan.dwPauseMs);
     }
-    return new COvEvent(szName, nullptr);
+    return COvEvent(szName, nullptr);
+}
+
+COvEvent* COvEvent::OpenWithWait(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
+                                 bool bInheritHandle)
+{
+    return new COvEvent(Open(szName, dwTotalMs, dwIntervalMs, dwDesiredAccess, bInheritHandle));
 }

@@ -38,6 +38,10 @@ public:
     static COvEvent* OpenWithWait(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
                                   bool bInheritHandle);
 
+    /// As OpenWithWait, with the event in the caller's own memory.
+    static COvEvent Open(const wchar_t* szName, DWORD dwTotalMs, DWORD dwIntervalMs, DWORD dwDesiredAccess,
+                         bool bInheritHandle);
+
 private:
     bool m_bExisted;
 };
