@@ -68,16 +68,17 @@ void CPatchAdapter::LoadConfigurationXML(const std::wstring& strXML)
                strXML);
     ReadMainNode(xmlPolicyNodes[1], strXML);
     ReadChildren(xmlPolicyNodes[1], strXML);
-    m_Trace.Info(COvEvidence(L"Revision", m_wzRevId) + COvEvidence(L"Policy Type", m_lPolicyType) +
-                 COvEvidence(L"Group", m_wzGroup) + COvEvidence(L"Policy", m_wzPolicyName));
+    if (m_Trace.IsBound())
+        m_Trace.Info(COvEvidence(L"Revision", m_wzRevId) + COvEvidence(L"Policy Type", m_lPolicyType) +
+                     COvEvidence(L"Group", m_wzGroup) + COvEvidence(L"Policy", m_wzPolicyName));
     m_Trace.Info(L"Loaded configuration xml");
 }
 
 void CPatchAdapter::ReadMainNode(const COvXmlNode& mainNode, const std::wstring& strXML)
 {
     m_nPolicyKind = PolicyKindNone;
-    const std::wstring strMainNodeName = BaseName(mainNode);
-    m_Trace.Detail(L"Name", strMainNodeName);
+    const CBaseName strMainNodeName(mainNode);
+    m_Trace.Detail(L"Name", strMainNodeName.Sz());
     if (strMainNodeName == L"policy")
     {
         const std::wstring strPolicyTypeName = AttrText(mainNode, L"type");
@@ -92,7 +93,7 @@ void CPatchAdapter::ReadMainNode(const COvXmlNode& mainNode, const std::wstring&
         m_nPolicyKind = PolicyKindConfig;
     else
         Refuse(__LINE__,
-               COvEvidence(L"strMainNodeName", strMainNodeName) +
+               COvEvidence(L"strMainNodeName", strMainNodeName.Sz()) +
                    InfoMsg(L"Un-expected node, policy node was expected"),
                strXML);
 }
@@ -103,8 +104,8 @@ void CPatchAdapter::ReadChildren(const COvXmlNode& mainNode, const std::wstring&
     bool bFoundComparisionNode = false;
     for (const COvXmlNode& node : mainNode.GetChildNodes())
     {
-        const std::wstring strNodeName = BaseName(node);
-        m_Trace.Detail(L"strNodeName", strNodeName);
+        const CBaseName strNodeName(node);
+        m_Trace.Detail(L"strNodeName", strNodeName.Sz());
         if (strNodeName == L"Comp")
         {
             bFoundComparisionNode = true;

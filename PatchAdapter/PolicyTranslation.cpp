@@ -86,8 +86,8 @@ void CPatchAdapter::TranslatePolicyXML(const COvXmlNode& configurationNode)
 
 void CPatchAdapter::TranslateChild(const COvXmlNode& node, CTranslation& translation)
 {
-    const std::wstring strPolicyNodeName = BaseName(node);
-    m_Trace.Detail(L"strPolicyNodeName", strPolicyNodeName);
+    const CBaseName strPolicyNodeName(node);
+    m_Trace.Detail(L"strPolicyNodeName", strPolicyNodeName.Sz());
     if (strPolicyNodeName == L"policyType"sv)
         m_wzPolicyName = AttrText(node, L"name");
     else if (strPolicyNodeName == L"assessment"sv)

@@ -2,11 +2,6 @@
 
 #include "ovCore/OvStringUtil.h"
 
-std::wstring BaseName(const COvXmlNode& node)
-{
-    return COvStringUtil::FromBSTR(node.GetNodeBaseName());
-}
-
 std::wstring AttrText(const COvXmlNode& node, const wchar_t* szName)
 {
     return COvStringUtil::FromBSTR(node.GetAttrValueStr(COvBstr(szName).Get()));
