@@ -6,6 +6,7 @@
 #include "Raised.h"
 
 #include <set>
+#include <thread>
 
 namespace
 {
@@ -78,6 +79,25 @@ TEST_F(ForeignException, OfAnObserverEndsTheMonitor)
                       "3 Info Msg: \"Monitor Thread exiting\"\n4 Exiting Function: CMonitorThread::DoWork\n",
                   Masked(m_sink.OfOtherThreads()));
     }
+}
+
+TEST_F(ForeignException, IsWrittenBeforeTheLockIsReleased)
+{
+    StartAdapter();
+    std::thread other;
+    CListener observer([&] {
+        other = std::thread([&] { Adapter().DeRegisterStateObserver(nullptr); });
+        m_sink.WaitForText("Entering Function: CPatchAdapter::DeRegisterStateObserver");
+        throw 5;
+    });
+    Adapter().RegisterStateObserver(&observer);
+    other.join();
+    std::string order; // of the failure's line, the other thread's exit
+    for (const CTold& told : m_sink.All())
+        order += told.what == "0"                                                          ? "failure "
+                 : told.text == "Exiting Function: CPatchAdapter::DeRegisterStateObserver" ? "other "
+                                                                                           : "";
+    EXPECT_EQ("failure other ", order);
 }
 
 TEST_F(ForeignException, OfAConfigurationReceiverIsTheHostsOwn)
