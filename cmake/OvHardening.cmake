@@ -12,6 +12,6 @@ target_compile_definitions(ovGuarded INTERFACE
 if(WIN32)
     add_library(ovStackGuard STATIC ovCore/Windows/StackGuard.cpp)
     # ssp holds the checking forms of the functions, whose failures end in the guard's file.
-    target_link_libraries(ovStackGuard INTERFACE ssp)
+    target_link_libraries(ovStackGuard PRIVATE ovOptions INTERFACE ssp)
     target_link_libraries(ovGuarded INTERFACE ovStackGuard)
 endif()

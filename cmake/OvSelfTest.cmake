@@ -41,7 +41,8 @@ set(copy ${CMAKE_COMMAND} -E copy)
 add_custom_target(selfTestPackage
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${folder} ${made}/${name}.zip
     COMMAND ${CMAKE_COMMAND} -E make_directory ${folder}/bin ${folder}/data ${folder}/examples ${folder}/symbols
-    COMMAND ${copy} ${programFiles} $<TARGET_FILE:PatchAdapter> $<TARGET_FILE:patchhost> ${folder}/bin
+    COMMAND ${copy} ${programFiles} $<TARGET_FILE:foreignCode> $<TARGET_FILE:PatchAdapter> $<TARGET_FILE:patchhost>
+        ${folder}/bin
     COMMAND ${copy} $<TARGET_FILE:PatchAdapter>.debug $<TARGET_FILE:patchhost>.debug ${folder}/symbols
     COMMAND ${copy} ${made}/programs.txt tests/boundary/scenario.transcript tests/boundary/scenario.wine
         docs/security.md ${folder}/data
