@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csetjmp>
 #include <csignal>
 #include <cstdio>
@@ -139,8 +140,12 @@ TEST(Faults, OfAPageThatCannotBeLoaded)
 
 TEST(Faults, OfTheFirstThreadsStackMayComeAgain)
 {
+    // In small frames: under the sanitizers an overflow of this stack in huge ones ends the process.
+    const auto overflow = std::find_if(MachineFaults().begin(), MachineFaults().end(), [](const CMachineFault& fault) {
+        return fault.dwCode == EXCEPTION_STACK_OVERFLOW;
+    });
     for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(EXCEPTION_STACK_OVERFLOW, FaultOf(MachineFaults().back().pfnFault)) << i;
+        EXPECT_EQ(EXCEPTION_STACK_OVERFLOW, FaultOf(overflow->pfnFault)) << i;
 }
 
 TEST(Faults, LeaveThreadsAsTheyWere)
