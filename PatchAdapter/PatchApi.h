@@ -13,7 +13,7 @@
 /// one thread, which must have entered a COM apartment and must not leave it while the object lives.
 ///
 /// No operation lets an exception out. A failure is written to the trace as a report (kind 1) and the result is false.
-/// That holds for whatever the service's object does in this process, but for a machine fault on a thread without a
+/// That holds for whatever the service's object does in this process, except a machine fault on a thread without a
 /// translator.
 class CPatchApi
 {

@@ -119,7 +119,7 @@ void COvEvidence::SetText(const wchar_t* szName, std::wstring_view value) noexce
     }
     catch (...)
     {
-        // as in Set
+        // a raise site must reach its throw: without memory for all of it the item stays empty
     }
 }
 
